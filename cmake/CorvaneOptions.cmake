@@ -1,0 +1,34 @@
+# Compiler settings that every target of the project shares through corvane_options.
+add_library(corvane_options INTERFACE)
+target_compile_features(corvane_options INTERFACE cxx_std_20)
+target_include_directories(corvane_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
+target_compile_options(corvane_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  $<$<BOOL:${CORVANE_WERROR}>:-Werror>
+  -ffunction-sections -fdata-sections)
+if(NOT APPLE)
+  target_link_options(corvane_options INTERFACE -Wl,--gc-sections)
+endif()
+if(CORVANE_SANITIZE)
+  target_compile_options(corvane_options INTERFACE
+    -fsanitize=${CORVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(corvane_options INTERFACE -fsanitize=${CORVANE_SANITIZE})
+endif()
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# corvane_library(NAME SOURCES... [LINK libraries...]): one static library of the program.
+function(corvane_library name)
+  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  add_library(${name} STATIC ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PUBLIC corvane_options ${ARG_LINK})
+endfunction()
+
+# corvane_test(NAME SOURCES... [LINK libraries...]): one GoogleTest program, each test known to CTest.
+function(corvane_test name)
+  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(${name} PRIVATE corvane_options ${ARG_LINK} GTest::gtest GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()
