@@ -1,0 +1,145 @@
+#include "text/lex.h"
+
+#include <algorithm>
+#include <array>
+
+#include "text/strconv.h"
+
+namespace corvane {
+
+namespace {
+
+struct LexData {
+    std::uint16_t code;
+    std::uint16_t upper;
+    std::uint16_t lower;
+    std::uint16_t key;
+};
+
+// The characters that do not sort by their code, sorted by code. A key is the code of the character
+// that comes before, followed by one byte that orders the characters with the same predecessor.
+constexpr std::array<LexData, 19> LEX_DATA{{
+    {0x005F, 0x005F, 0x005F, 0x2E01}, {0x00D3, 0x00D3, 0x00F3, 0x4F01},
+    {0x00F3, 0x00D3, 0x00F3, 0x6F01}, {0x0104, 0x0104, 0x0105, 0x4101},
+    {0x0105, 0x0104, 0x0105, 0x6101}, {0x0106, 0x0106, 0x0107, 0x4301},
+    {0x0107, 0x0106, 0x0107, 0x6301}, {0x0118, 0x0118, 0x0119, 0x4501},
+    {0x0119, 0x0118, 0x0119, 0x6501}, {0x0141, 0x0141, 0x0142, 0x4C01},
+    {0x0142, 0x0141, 0x0142, 0x6C01}, {0x0143, 0x0143, 0x0144, 0x4E01},
+    {0x0144, 0x0143, 0x0144, 0x6E01}, {0x015A, 0x015A, 0x015B, 0x5301},
+    {0x015B, 0x015A, 0x015B, 0x7301}, {0x0179, 0x0179, 0x017A, 0x5A01},
+    {0x017A, 0x0179, 0x017A, 0x7A01}, {0x017B, 0x017B, 0x017C, 0x5A02},
+    {0x017C, 0x017B, 0x017C, 0x7A02},
+}};
+
+constexpr std::uint32_t CASE_BIT = 0x20;
+
+const LexData* findRow(wchar_t c) {
+    // Most characters of a file name are ASCII, which has one row only.
+    if (c < 0x80) {
+        return c == L'_' ? LEX_DATA.data() : nullptr;
+    }
+    const auto row =
+        std::lower_bound(LEX_DATA.begin(), LEX_DATA.end(), c,
+                         [](const LexData& data, wchar_t wanted) { return data.code < wanted; });
+    return row != LEX_DATA.end() && row->code == c ? &*row : nullptr;
+}
+
+// Takes the next character off `text`, past what is not decodable; false at the end.
+bool nextCharacter(std::string_view& text, wchar_t& c) {
+    while (!text.empty()) {
+        const std::size_t used = strconv::utf8char2wchar(text, c);
+        text.remove_prefix(std::max<std::size_t>(used, 1));
+        if (used > 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void appendBigEndian(std::string& out, std::uint32_t number, int bytes) {
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
+        out += static_cast<char>(number >> shift & 0xFFU);
+    }
+}
+
+}  // namespace
+
+std::uint32_t lex_coll(wchar_t c) {
+    const LexData* const row = findRow(c);
+    return row != nullptr ? row->key : static_cast<std::uint32_t>(c) << 8;
+}
+
+std::uint32_t lex_icoll(wchar_t c) {
+    const LexData* const row = findRow(c);
+    return row != nullptr ? row->key | CASE_BIT << 8
+                          : (static_cast<std::uint32_t>(c) | CASE_BIT) << 8;
+}
+
+int lex_strcmp_coll(const char* a, const char* b, LexKey key) {
+    if (a == nullptr || b == nullptr) {
+        return (a != nullptr ? 1 : 0) - (b != nullptr ? 1 : 0);
+    }
+    return lex_strcmp_coll(std::string_view(a), std::string_view(b), key);
+}
+
+int lex_strcmp_coll(std::string_view a, std::string_view b, LexKey key) {
+    for (;;) {
+        wchar_t charOfA = 0;
+        wchar_t charOfB = 0;
+        const bool hasA = nextCharacter(a, charOfA);
+        const bool hasB = nextCharacter(b, charOfB);
+        if (!hasA || !hasB) {
+            return (hasA ? 1 : 0) - (hasB ? 1 : 0);
+        }
+        const std::uint32_t keyOfA = key(charOfA);
+        const std::uint32_t keyOfB = key(charOfB);
+        if (keyOfA != keyOfB) {
+            return keyOfA < keyOfB ? -1 : 1;
+        }
+    }
+}
+
+int lex_strcmp(const char* a, const char* b) { return lex_strcmp_coll(a, b, lex_coll); }
+
+int lex_strcmp(std::string_view a, std::string_view b) { return lex_strcmp_coll(a, b, lex_coll); }
+
+int lex_stricmp(const char* a, const char* b) { return lex_strcmp_coll(a, b, lex_icoll); }
+
+int lex_stricmp(std::string_view a, std::string_view b) { return lex_strcmp_coll(a, b, lex_icoll); }
+
+std::string lexKey(std::string_view text, LexKey key) {
+    // Two bytes hold the key of any ASCII character. Longer keys follow a byte that is greater than
+    // the first byte of every short one, so comparing bytes still compares keys.
+    constexpr std::uint32_t SHORT_KEYS_END = 0x8000;
+    std::string bytes;
+    bytes.reserve(2 * text.size());
+    wchar_t c = 0;
+    while (nextCharacter(text, c)) {
+        const std::uint32_t place = key(c);
+        if (place < SHORT_KEYS_END) {
+            appendBigEndian(bytes, place, 2);
+        } else {
+            bytes += '\x80';
+            appendBigEndian(bytes, place, 4);
+        }
+    }
+    return bytes;
+}
+
+wchar_t lex_upper(wchar_t c) {
+    if (c >= L'a' && c <= L'z') {
+        return c & 0x1F;
+    }
+    const LexData* const row = findRow(c);
+    return row != nullptr ? static_cast<wchar_t>(row->upper) : c;
+}
+
+wchar_t lex_lower(wchar_t c) {
+    if (c >= L'A' && c <= L'Z') {
+        return c | static_cast<wchar_t>(CASE_BIT);
+    }
+    const LexData* const row = findRow(c);
+    return row != nullptr ? static_cast<wchar_t>(row->lower) : c;
+}
+
+}  // namespace corvane

@@ -1,0 +1,43 @@
+// Comparison of UTF-8 texts in a collation order that puts the Polish letters right after their
+// base letters and '_' right after '.'. Bytes that are not decodable do not take part.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// The place of a character in the order.
+using LexKey = std::uint32_t (*)(wchar_t);
+
+/// The case-sensitive and the case-blind key. The case-blind one sets bit 0x20 of every character,
+/// not only of letters, so '@' and '`' are equal as well.
+std::uint32_t lex_coll(wchar_t c);
+std::uint32_t lex_icoll(wchar_t c);
+
+/// -1, 0 or 1: the first character whose keys differ decides, else the shorter text is smaller.
+/// A null pointer is smaller than any text and equal to another null pointer.
+int lex_strcmp_coll(const char* a, const char* b, LexKey key);
+int lex_strcmp_coll(std::string_view a, std::string_view b, LexKey key);
+
+/// lex_strcmp_coll() by lex_coll: upper case before lower case.
+int lex_strcmp(const char* a, const char* b);
+int lex_strcmp(std::string_view a, std::string_view b);
+
+/// lex_strcmp_coll() by lex_icoll: case is ignored.
+int lex_stricmp(const char* a, const char* b);
+int lex_stricmp(std::string_view a, std::string_view b);
+
+/// Bytes whose plain comparison (as by std::string's <) gives the order of lex_strcmp_coll(), so
+/// that sorting many names decodes each of them once.
+std::string lexKey(std::string_view text, LexKey key);
+
+/// 'A' to 'Z' stay as they are; 'a' to 'z' give 1 to 26, not their upper-case form, as they always
+/// did; the Polish letters give their upper-case form, all other characters stay.
+wchar_t lex_upper(wchar_t c);
+
+/// The lower-case form of 'A' to 'Z' and of the Polish letters; all other characters stay.
+wchar_t lex_lower(wchar_t c);
+
+}  // namespace corvane
