@@ -1,0 +1,201 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+#include "fileutil/copy_file.h"
+#include "fileutil/directory.h"
+#include "fileutil/file_operations.h"
+#include "fileutil/paths.h"
+#include "text/exception.h"
+#include "text/strconv.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+constexpr mode_t newDirectoryMode = 0777;
+
+IOException makeDirectoryError(const std::string& path, int error) {
+    return {format("makeDirectory '%s' error", path.c_str()), error};
+}
+
+IOException openDirectoryError(const std::string& path, int error) {
+    return {format("opendir '%s' error %d", strconv::utf82acs(path).c_str(), error), error};
+}
+
+FilePlace placeOf(const std::string& path) { return {AT_FDCWD, strconv::utf82acs(path), path}; }
+
+// The file or directory itself, or its place in the directory that `dst` names.
+std::string targetOf(const std::string& src, const std::string& dst) {
+    return isDirectory(dst) ? correctDirectoryPath(dst) + getFileName(src) : dst;
+}
+
+// Copies all that is below a directory into another one, in the order of the system.
+class TreeCopier {
+  public:
+    TreeCopier(FileDesc src, std::string srcPath, FileDesc dst, std::string dstPath,
+               const CopyOptions& options)
+        : src_(std::move(src), DirectoryAccess::Read),
+          dst_(std::move(dst), DirectoryAccess::Search),
+          srcPath_(std::move(srcPath)),
+          dstPath_(std::move(dstPath)),
+          options_(options) {}
+
+    void run() {
+        push();
+        while (true) {
+            Level& level = levels_.back();
+            if (level.next == level.entries.size()) {
+                levels_.pop_back();
+                if (levels_.empty()) {
+                    return;
+                }
+                leave();
+                continue;
+            }
+            const DirectoryEntry& entry = level.entries[level.next++];
+            if (!entry.directory) {
+                copyEntry(entry.name);
+            } else if (options_.recursive) {
+                enter(entry.name);
+            }
+        }
+    }
+
+  private:
+    struct Level {
+        std::vector<DirectoryEntry> entries;
+        std::size_t next;
+        std::size_t srcLength;
+        std::size_t dstLength;
+    };
+
+    void push() {
+        levels_.push_back({readEntries(src_.current()), 0, srcPath_.size(), dstPath_.size()});
+    }
+
+    void copyEntry(const std::string& name) {
+        if (options_.isAllowed(name)) {
+            copyFileAt({src_.current(), name, srcPath_ + name},
+                       {dst_.current(), name, dstPath_ + name}, true);
+        }
+    }
+
+    void enter(const std::string& name) {
+        makeEntry(name);
+        srcPath_ += name + SEPARATOR_DIR;
+        dstPath_ += name + SEPARATOR_DIR;
+        if (!src_.descend(name.c_str(), false)) {
+            throw openDirectoryError(srcPath_, errno);
+        }
+        if (!dst_.descend(name.c_str(), true)) {
+            throw openDirectoryError(dstPath_, errno);
+        }
+        push();
+    }
+
+    void makeEntry(const std::string& name) {
+        if (::mkdirat(dst_.current(), name.c_str(), newDirectoryMode) == 0) {
+            return;
+        }
+        const int error = errno;
+        struct stat info {};
+        if (error != EEXIST || ::fstatat(dst_.current(), name.c_str(), &info, 0) != 0 ||
+            !S_ISDIR(info.st_mode)) {
+            throw makeDirectoryError(dstPath_ + name, error);
+        }
+    }
+
+    void leave() {
+        if (!src_.ascend()) {
+            throw openDirectoryError(srcPath_, errno);
+        }
+        if (!dst_.ascend()) {
+            throw openDirectoryError(dstPath_, errno);
+        }
+        srcPath_.resize(levels_.back().srcLength);
+        dstPath_.resize(levels_.back().dstLength);
+    }
+
+    DirectoryChain src_;
+    DirectoryChain dst_;
+    std::string srcPath_;
+    std::string dstPath_;
+    const CopyOptions& options_;
+    std::vector<Level> levels_;
+};
+
+void refuseCopyIntoItself(const std::string& src, const std::string& dst) {
+    if (liesWithin(strconv::utf82acs(dst), strconv::utf82acs(src))) {
+        throw IOException(format("cannot copy directory '%s' into itself as '%s'", src.c_str(),
+                                 dst.c_str()),
+                          EINVAL);
+    }
+}
+
+// A target directory that is not there fails at the first entry that would go into it.
+void refuseMissingTarget(int src, const std::string& dstDir, const CopyOptions& options,
+                         int error) {
+    for (const DirectoryEntry& entry : readEntries(src)) {
+        if (entry.directory && options.recursive) {
+            throw makeDirectoryError(dstDir + entry.name, error);
+        }
+        if (!entry.directory && options.isAllowed(entry.name)) {
+            throw IOException(format("open dst file '%s' error", (dstDir + entry.name).c_str()),
+                              error);
+        }
+    }
+}
+
+}  // namespace
+
+bool makeDirectory(const std::string& path) {
+    if (::mkdir(strconv::utf82acs(path).c_str(), newDirectoryMode) == 0) {
+        return true;
+    }
+    const int error = errno;
+    if (error == EEXIST && isDirectory(path)) {
+        return false;
+    }
+    throw makeDirectoryError(path, error);
+}
+
+void copyFile(const std::string& src, const std::string& dst) {
+    copyFileAt(placeOf(src), placeOf(targetOf(src, dst)), false);
+}
+
+void copyDirectory(const std::string& src, const std::string& dst, const CopyOptions* options) {
+    const CopyOptions all;
+    const CopyOptions& chosen = options == nullptr ? all : *options;
+    const std::string dstDir = correctDirectoryPath(dst);
+    const std::string srcDir = correctDirectoryPath(src);
+    FileDesc from = openDirectory(strconv::utf82acs(srcDir), DirectoryAccess::Read);
+    if (from == -1) {
+        throw openDirectoryError(srcDir, errno);
+    }
+    refuseCopyIntoItself(srcDir, dstDir);
+    FileDesc to = openDirectory(strconv::utf82acs(dstDir), DirectoryAccess::Search);
+    if (to == -1) {
+        refuseMissingTarget(from, dstDir, chosen, errno);
+    } else {
+        TreeCopier(std::move(from), srcDir, std::move(to), dstDir, chosen).run();
+    }
+}
+
+void renameFile(const std::string& src, const std::string& dst) {
+    const std::string target = targetOf(src, dst);
+    if (isDirectory(src)) {
+        refuseCopyIntoItself(src, target);
+        makeDirectory(target);
+        copyDirectory(src, target, nullptr);
+        removeDirectory(src);
+    } else if (copyFileAt(placeOf(src), placeOf(target), false)) {
+        removeFile(src);
+    }
+}
+
+}  // namespace corvane

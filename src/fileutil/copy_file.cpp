@@ -1,0 +1,147 @@
+#include "fileutil/copy_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+
+#include "fileutil/file_desc.h"
+#include "fileutil/file_operations.h"
+#include "fileutil/paths.h"
+#include "platform/system.h"
+#include "text/exception.h"
+#include "text/log.h"
+#include "text/strconv.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t blockSize = 128 * 1024;
+constexpr std::size_t kernelBlock = 256 * 1024 * 1024;
+// Below this size the kernel's copying costs more calls than it saves work.
+constexpr off_t kernelCopyPays = 64 * 1024;
+constexpr mode_t newFileMode = 0777;
+
+IOException fileError(const char* action, const std::string& path, int error) {
+    return {format("%s file '%s' error", action, path.c_str()), error};
+}
+
+struct OpenFile {
+    FileDesc fd;
+    struct stat info {};
+};
+
+OpenFile openSource(const FilePlace& src) {
+    OpenFile file{FileDesc(::openat(src.directory, src.name.c_str(),
+                                    O_RDONLY | O_CLOEXEC | O_NONBLOCK))};
+    if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
+        throw fileError("open src", src.path, errno);
+    }
+    if (!S_ISREG(file.info.st_mode) && !S_ISDIR(file.info.st_mode)) {
+        throw fileError("open src", src.path, EINVAL);
+    }
+    return file;
+}
+
+OpenFile openTarget(const FilePlace& dst) {
+    OpenFile file{FileDesc(::openat(dst.directory, dst.name.c_str(),
+                                    O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, newFileMode))};
+    if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
+        throw fileError("open dst", dst.path, errno);
+    }
+    if (S_ISFIFO(file.info.st_mode) || S_ISSOCK(file.info.st_mode)) {
+        throw fileError("open dst", dst.path, EINVAL);
+    }
+    return file;
+}
+
+enum class Outcome { Done, ReadFailed, WriteFailed };
+
+// Lets the kernel copy as much as it will. What it leaves, also after an error, is the loop's: that
+// tells whether reading or writing fails.
+void copyByKernel(int from, int to) {
+    while (platform::copyInKernel(from, to, kernelBlock) > 0) {
+    }
+}
+
+bool writeAll(int to, const char* bytes, std::size_t count) {
+    while (count > 0) {
+        const ssize_t written = ::write(to, bytes, count);
+        if (written < 0 && errno != EINTR) {
+            return false;
+        }
+        if (written > 0) {
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+        }
+    }
+    return true;
+}
+
+Outcome copyByLoop(int from, int to) {
+    std::array<char, blockSize> block;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+    while (true) {
+        const ssize_t count = ::read(from, block.data(), block.size());
+        if (count == 0) {
+            return Outcome::Done;
+        }
+        if (count < 0 && errno != EINTR) {
+            return Outcome::ReadFailed;
+        }
+        if (count > 0 && !writeAll(to, block.data(), static_cast<std::size_t>(count))) {
+            return Outcome::WriteFailed;
+        }
+    }
+}
+
+Outcome copyContents(const OpenFile& from, OpenFile& to) {
+    if (S_ISREG(to.info.st_mode) && from.info.st_size > kernelCopyPays) {
+        flushLog();
+        copyByKernel(from.fd, to.fd);
+    }
+    Outcome outcome = copyByLoop(from.fd, to.fd);
+    const int error = errno;
+    if (to.fd.close() != 0 && outcome == Outcome::Done) {
+        return Outcome::WriteFailed;
+    }
+    errno = error;
+    return outcome;
+}
+
+}  // namespace
+
+bool copyFileAt(const FilePlace& src, const FilePlace& dst, bool intoDirectory) {
+    const OpenFile from = openSource(src);
+    OpenFile to;
+    try {
+        to = openTarget(dst);
+    } catch (const IOException& e) {
+        if (e.code != EISDIR || !intoDirectory) {
+            throw;
+        }
+        const std::string name = getFileName(src.path);
+        return copyFileAt(src,
+                          {dst.directory, slashPath(dst.name) + name, slashPath(dst.path) + name},
+                          false);
+    }
+    if (from.info.st_dev == to.info.st_dev && from.info.st_ino == to.info.st_ino) {
+        return false;
+    }
+    const Outcome outcome = copyContents(from, to);
+    if (outcome == Outcome::Done) {
+        return true;
+    }
+    const int error = errno;
+    if (S_ISREG(to.info.st_mode)) {
+        ::unlinkat(dst.directory, dst.name.c_str(), 0);
+    }
+    throw outcome == Outcome::ReadFailed ? fileError("read src", src.path, error)
+                                         : fileError("write dst", dst.path, error);
+}
+
+}  // namespace corvane

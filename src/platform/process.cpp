@@ -1,0 +1,59 @@
+#include "platform/process.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "platform/system.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t maxArguments = 255;  // behind the program itself
+
+void openNullDevice() {
+    while (true) {
+        const int fd = ::open("/dev/null", O_RDWR);
+        if (fd == -1 || fd >= STDERR_FILENO) {
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+void closeAll(int first) { platform::closeDescriptorsFrom(first); }
+
+void resetSignals() {
+    for (int sig = 1; sig < NSIG; ++sig) {
+        ::signal(sig, SIG_DFL);
+    }
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+pid_t startProgram(const std::vector<std::string>& arguments, StandardStreams streams) {
+    std::array<char*, maxArguments + 2> argv{};
+    const std::size_t count = std::min(arguments.size(), maxArguments + 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        argv[i] = const_cast<char*>(arguments[i].c_str());  // NOLINT: execvp does not write to it
+    }
+    const pid_t pid = ::fork();
+    if (pid != 0) {
+        return pid;
+    }
+    closeAll(0);
+    if (streams == StandardStreams::NullDevice) {
+        openNullDevice();
+    }
+    resetSignals();
+    ::execvp(argv[0], argv.data());
+    ::_exit(255);
+}
+
+}  // namespace corvane

@@ -1,0 +1,34 @@
+// What the program needs from the operating system and gets differently on macOS and on Linux.
+// One file per system implements it: system_linux.cpp and system_macos.cpp.
+#pragma once
+
+#include <netinet/in.h>
+#include <sys/types.h>
+
+#include <cstddef>
+
+namespace corvane::platform {
+
+/// Accepts one connection without waiting. The new socket is blocking, close-on-exec and raises no
+/// SIGPIPE. Returns the descriptor and fills `peer`, or -1 with errno as by accept(2).
+int acceptConnection(int listener, sockaddr_in& peer);
+
+/// Flags for every send: no SIGPIPE where the system has a flag for it.
+int sendFlags();
+
+/// Takes `count` bytes, which a look ahead (MSG_PEEK) has already seen, out of the receive queue.
+/// Returns what recv(2) returns; never waits.
+ssize_t discardReceived(int sock, std::size_t count);
+
+/// Closes every open descriptor from `first` on. Safe between fork and exec.
+void closeDescriptorsFrom(int first);
+
+/// Lets the kernel copy up to `count` bytes between two files at their current offsets. Returns the
+/// number copied, 0 at the end of the source (or where the kernel cannot tell), or -1 with errno;
+/// ENOSYS where the system has no such call. It truncates nothing and carries no attributes.
+ssize_t copyInKernel(int from, int to, std::size_t count);
+
+/// The open(2) flag for a directory whose entries are only reached by name.
+int searchFlag();
+
+}  // namespace corvane::platform

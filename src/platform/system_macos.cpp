@@ -1,0 +1,57 @@
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "platform/system.h"
+
+namespace corvane::platform {
+
+int acceptConnection(int listener, sockaddr_in& peer) {
+    socklen_t length = sizeof peer;
+    const int sock = ::accept(listener, reinterpret_cast<sockaddr*>(&peer), &length);
+    if (sock == -1) {
+        return -1;
+    }
+    const int on = 1;
+    static_cast<void>(::setsockopt(sock, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on));
+    static_cast<void>(::fcntl(sock, F_SETFD, FD_CLOEXEC));
+    // BSD systems hand the listener's O_NONBLOCK on to the connection.
+    static_cast<void>(::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) & ~O_NONBLOCK));
+    return sock;
+}
+
+int sendFlags() { return 0; }  // SO_NOSIGPIPE is set on every connection
+
+ssize_t discardReceived(int sock, std::size_t count) {
+    char scratch[64 * 1024];
+    std::size_t total = 0;
+    while (total < count) {
+        const ssize_t got =
+            ::recv(sock, scratch, std::min(count - total, sizeof scratch), MSG_DONTWAIT);
+        if (got <= 0) {
+            return total > 0 ? static_cast<ssize_t>(total) : got;
+        }
+        total += static_cast<std::size_t>(got);
+    }
+    return static_cast<ssize_t>(total);
+}
+
+void closeDescriptorsFrom(int first) {
+    const int size = ::getdtablesize();
+    for (int fd = first; fd < size; ++fd) {
+        ::close(fd);
+    }
+}
+
+ssize_t copyInKernel(int /*from*/, int /*to*/, std::size_t /*count*/) {
+    // fcopyfile and clonefile replace the whole target; a longer target must keep its tail here.
+    errno = ENOSYS;
+    return -1;
+}
+
+int searchFlag() { return O_SEARCH; }
+
+}  // namespace corvane::platform

@@ -1,0 +1,109 @@
+// One request of one client, from its first byte to its reply, and what becomes of the connection
+// when something fails.
+#include <algorithm>
+#include <chrono>
+
+#include <log4cpp/Category.hh>
+
+#include "platform/system.h"
+#include "server/address.h"
+#include "server/request_guard.h"
+#include "server/server.h"
+#include "server/socket_exception.h"
+#include "text/log.h"
+#include "text/memory_stream.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::chrono::minutes foreignWarningPeriod{1};
+constexpr std::size_t mostDiscarded = 1024 * 1024;
+
+log4cpp::Category& clientLog() {
+    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process.client");
+    return log;
+}
+
+}  // namespace
+
+bool Server::processClient(int sock) {
+    const LogBatch linesOfOneRequest;
+    try {
+        return serveRequest(sock);
+    } catch (const ForeignRequest& e) {
+        return refuseForeignRequest(sock, e.line);
+    } catch (const SocketClosedException& e) {
+        if (clientLog().isInfoEnabled()) {
+            clientLog().info("Client %s has closed connection", formatAddress(sock).c_str());
+        }
+        return errorCloseSocket(sock, e.graceful);
+    } catch (const SocketException& e) {
+        clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(), e.what());
+    } catch (const Exception& e) {
+        if (clientLog().isInfoEnabled()) {
+            clientLog().info("Closing client %s because it has caused exception: %s",
+                             formatAddress(sock).c_str(), e.what());
+        }
+    }
+    return errorCloseSocket(sock, false);
+}
+
+bool Server::serveRequest(int sock) {
+    if (!readRequest(sock, request_)) {
+        return true;
+    }
+    if (clientLog().isDebugEnabled()) {
+        clientLog().debug("request data '" + std::string(request_.view()) + "'");
+    }
+    MemoryStream params(request_.view());
+    const std::string cmd = getline(params);
+    if (params.fail()) {
+        clientLog().warn("Empty request from %s", formatAddress(sock).c_str());
+        return true;
+    }
+    if (cmd == "shutdown" && isAllowed(cmd)) {
+        clientLog().info("SHUTDOWN command was received");
+        return false;
+    }
+    processClientCommand(sock, cmd, params);
+    return true;
+}
+
+// Answers and closes a connection that no application has made; it does not count as an
+// application's disconnection, so that a web page cannot stop the server.
+bool Server::refuseForeignRequest(int sock, const std::string& line) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= nextForeignWarning_) {
+        nextForeignWarning_ = now + foreignWarningPeriod;
+        clientLog().warn("Client %s: refused, not an application's request: '%s'",
+                         formatAddress(sock).c_str(), line.c_str());
+    }
+    try {
+        sendFatalError(sock, line);
+        platform::discardReceived(sock, mostDiscarded);
+    } catch (const SocketException&) {
+        // It is closed below in any case.
+    }
+    closeSocket(clients, sock, true);
+    return true;
+}
+
+bool Server::isAllowed(const std::string& cmd) const {
+    return allowedCommands.empty() ||
+           std::find(allowedCommands.begin(), allowedCommands.end(), cmd) != allowedCommands.end();
+}
+
+void Server::processClientCommand(int sock, const std::string& cmd, std::istream& /*params*/) {
+    static log4cpp::Category& log =
+        log4cpp::Category::getInstance("corvane.server.process.client.cmd");
+    if (log.isInfoEnabled()) {
+        log.info("Client %s: %s", formatAddress(sock).c_str(), cmd.c_str());
+    }
+}
+
+void Server::sendFatalError(int sock, const std::string& cmd) {
+    const std::string reply = "<fatalError cmd='" + cmd + "'/>";
+    sendResponse(sock, reply.data(), static_cast<int>(reply.size()));
+}
+
+}  // namespace corvane

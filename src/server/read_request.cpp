@@ -1,0 +1,152 @@
+// Reading a request. The bytes are looked at first (MSG_PEEK) and then exactly those up to the
+// terminator are taken, so that a request that follows stays in the socket, where select sees it.
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include <log4cpp/Category.hh>
+
+#include "platform/system.h"
+#include "server/request_guard.h"
+#include "server/server.h"
+#include "server/socket_exception.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t firstLook = 16 * 1024;
+constexpr std::size_t laterLook = 1024 * 1024;
+// A request buffer that has grown beyond this is given back before the next request.
+constexpr std::size_t keptBuffer = 1024 * 1024;
+constexpr std::size_t parameterBuffer = 1024;
+
+log4cpp::Category& requestLog() {
+    static log4cpp::Category& log =
+        log4cpp::Category::getInstance("corvane.server.process.client.readrequest");
+    return log;
+}
+
+// The place of the first 0x00 or 0x01, or the size when there is none.
+std::size_t findTerminator(std::string_view bytes) {
+    std::size_t end = bytes.size();
+    for (const char terminator : {'\0', '\x01'}) {
+        if (const void* found = std::memchr(bytes.data(), terminator, end); found != nullptr) {
+            end = static_cast<std::size_t>(static_cast<const char*>(found) - bytes.data());
+        }
+    }
+    return end;
+}
+
+bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
+
+}  // namespace
+
+bool Server::readRequest(int sock, ByteBuffer& out) {
+    out.clearAndShrink(keptBuffer);
+    Deadline deadline;
+    while (true) {
+        const std::size_t before = out.size();
+        const std::size_t seen = receiveChunk(sock, out, deadline);
+        const std::string_view chunk(out.data() + before, seen);
+        if (before == 0 && isLineEnd(chunk.front())) {
+            platform::discardReceived(sock, 1);
+            logBytes(chunk.substr(0, 1));
+            return false;
+        }
+        const std::size_t end = findTerminator(chunk);
+        const bool complete = end < seen;
+        const std::size_t taken = complete ? end + 1 : seen;
+        platform::discardReceived(sock, taken);
+        logBytes(chunk.substr(0, taken));
+        out.commit(end);
+        checkFirstLine(out.view(), before);
+        if (maxRequest > 0 && out.size() > static_cast<std::size_t>(maxRequest)) {
+            throw Exception(format("request is longer than %d bytes", maxRequest));
+        }
+        if (complete) {
+            requestLog().debug("request size %d", static_cast<int>(out.size()));
+            return true;
+        }
+        if (before == 0) {
+            deadline = deadlineAfter(requestTimeout);
+        }
+    }
+}
+
+// Waits for the next bytes and looks at them, behind what `out` holds. Returns how many they are.
+std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const {
+    const std::size_t look = out.size() == 0 ? firstLook : laterLook;
+    while (true) {
+        const ssize_t seen = ::recv(sock, out.room(look), look, MSG_PEEK | MSG_DONTWAIT);
+        if (seen == -1 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+            if (!waitForSocket(sock, Direction::Read, deadline)) {
+                throw Exception(format("request is not complete after %d s", requestTimeout));
+            }
+            continue;
+        }
+        checkRecvStatus(sock, seen);
+        return static_cast<std::size_t>(seen);
+    }
+}
+
+// Throws ForeignRequest once the first line is complete and is not a command's.
+void Server::checkFirstLine(std::string_view request, std::size_t alreadyChecked) const {
+    if (allowHttp) {
+        return;
+    }
+    if (alreadyChecked == 0 && isTlsGreeting(request)) {
+        throw ForeignRequest("TLS");
+    }
+    if (request.substr(0, alreadyChecked).find('\n') != std::string_view::npos) {
+        return;
+    }
+    const std::size_t end = request.find('\n', alreadyChecked);
+    if (end == std::string_view::npos) {
+        return;
+    }
+    std::string_view line = request.substr(0, end);
+    if (!line.empty() && line.back() == '\r') {
+        line.remove_suffix(1);
+    }
+    if (isHttpRequestLine(line)) {
+        throw ForeignRequest(std::string(line));
+    }
+}
+
+void Server::logBytes(std::string_view bytes) const {
+    if (debugRequestRead) {
+        for (const char c : bytes) {
+            const int value = static_cast<signed char>(c);
+            requestLog().debug("request byte %d (0x%#x)", value, static_cast<unsigned>(value));
+        }
+    }
+}
+
+std::string Server::getline(std::istream& in) {
+    std::array<char, parameterBuffer> line{};
+    if (!in.getline(line.data(), line.size())) {
+        return "";
+    }
+    std::string text = line.data();
+    text.erase(text.find_last_not_of("\r\n") + 1);
+    return text;
+}
+
+void checkRecvStatus(int sock, long result) {
+    if (result > 0) {
+        return;
+    }
+    if (result == 0) {
+        throw SocketClosedException(sock, true);
+    }
+    if (errno == ECONNRESET) {
+        throw SocketClosedException(sock, false);
+    }
+    throw SocketException("recv() error", errno);
+}
+
+}  // namespace corvane

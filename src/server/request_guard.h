@@ -1,0 +1,27 @@
+// Tells requests that never came from an application: a web page in a browser on this machine can
+// make it connect to the server and send an HTTP request whose body looks like commands.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "text/exception.h"
+
+namespace corvane {
+
+/// A request that the server refuses; `line` is its first line.
+class ForeignRequest : public Exception {
+  public:
+    explicit ForeignRequest(std::string firstLine);
+
+    std::string line;
+};
+
+/// Whether a complete first line (without its line end) is an HTTP request line:
+/// "METHOD target HTTP/version".
+bool isHttpRequestLine(std::string_view line);
+
+/// Whether a request begins like a TLS connection (a handshake record of SSL 3 or TLS).
+bool isTlsGreeting(std::string_view request);
+
+}  // namespace corvane

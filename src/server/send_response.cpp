@@ -1,0 +1,80 @@
+// Sending a reply: its text and the terminating zero byte leave in one gathered send, so that the
+// client never waits for a delayed acknowledgement between the two.
+#include <sys/socket.h>
+#include <sys/uio.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <vector>
+
+#include "platform/system.h"
+#include "server/server.h"
+#include "server/socket_exception.h"
+#include "text/log.h"
+
+namespace corvane {
+namespace {
+
+iovec piece(std::string_view text) {
+    return {const_cast<char*>(text.data()), text.size()};  // NOLINT: sendmsg does not write to it
+}
+
+// Drops `count` bytes from the front of the pieces.
+std::span<iovec> advance(std::span<iovec> pieces, std::size_t count) {
+    while (!pieces.empty() && count >= pieces.front().iov_len) {
+        count -= pieces.front().iov_len;
+        pieces = pieces.subspan(1);
+    }
+    if (!pieces.empty()) {
+        pieces.front().iov_base = static_cast<char*>(pieces.front().iov_base) + count;
+        pieces.front().iov_len -= count;
+    }
+    return pieces;
+}
+
+void sendAll(int sock, std::span<iovec> pieces) {
+    while (!pieces.empty()) {
+        msghdr message{};
+        message.msg_iov = pieces.data();
+        message.msg_iovlen = static_cast<decltype(message.msg_iovlen)>(pieces.size());
+        const ssize_t sent = ::sendmsg(sock, &message, MSG_DONTWAIT | platform::sendFlags());
+        if (sent == -1 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+            waitForSocket(sock, Direction::Write, Deadline());
+            continue;
+        }
+        checkSendError(sock, sent);
+        pieces = advance(pieces, static_cast<std::size_t>(sent));
+    }
+}
+
+}  // namespace
+
+void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
+    std::vector<iovec> parts;
+    parts.reserve(pieces.size() + 1);
+    for (const std::string_view text : pieces) {
+        parts.push_back(piece(text));
+    }
+    parts.push_back(piece(std::string_view("", 1)));
+    flushLog();
+    sendAll(sock, parts);
+}
+
+void Server::sendResponse(int sock, const char* data, int length) {
+    const std::array<std::string_view, 1> pieces{
+        std::string_view(data, static_cast<std::size_t>(length))};
+    sendResponse(sock, pieces);
+}
+
+void checkSendError(int sock, long sendResult) {
+    if (sendResult != -1) {
+        return;
+    }
+    if (errno == ECONNRESET) {
+        throw SocketClosedException(sock, false);
+    }
+    throw SocketException("send() error", errno);
+}
+
+}  // namespace corvane

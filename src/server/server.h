@@ -1,0 +1,131 @@
+// A small single-threaded TCP server: it waits for sockets with select, accepts connections, reads
+// one request at a time (text ended by a 0x00 or 0x01 byte) and hands it to processClientCommand(),
+// which a derived class overrides. It stops on the request "shutdown", after a time without
+// activity, when a client disconnects and the configuration asks for it, or when its listeners are
+// closed by deinitServer().
+#pragma once
+
+#include <sys/select.h>
+
+#include <chrono>
+#include <istream>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/waiting.h"
+#include "text/byte_buffer.h"
+
+namespace corvane {
+
+class Server {
+  public:
+    Server() = default;
+    virtual ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+    Server(Server&&) = delete;
+    Server& operator=(Server&&) = delete;
+
+    /// Opens the listener on `address` and `port`.
+    virtual void initServer();
+    /// Handles one request: its first line and a stream over the other lines. This one only logs.
+    virtual void processClientCommand(int sock, const std::string& cmd, std::istream& params);
+    /// Tells the client that its request cannot be served at all. `cmd` is not escaped.
+    virtual void sendFatalError(int sock, const std::string& cmd);
+
+    /// Opens one more IPv4 listener. An empty address means all interfaces; port 0 lets the system
+    /// choose. Throws SocketException or BindException.
+    void initListener(const std::string& listenAddress, int listenPort);
+
+    /// Serves until it is told to stop; closes the clients then. Throws Exception when there is no
+    /// listener (any more) and SocketException when waiting fails, both without closing anything.
+    void process();
+
+    /// Accepts one connection.
+    void processListener(int listenSock);
+    /// Reads and handles one request. Returns false when the server has to stop.
+    bool processClient(int sock);
+    /// Reads one request, without its terminator, and leaves what follows it in the socket. Returns
+    /// false, with one byte consumed, when the request begins with CR or LF. Throws
+    /// SocketClosedException and SocketException; ForeignRequest for what a browser sends;
+    /// Exception when the request exceeds its limits.
+    bool readRequest(int sock, ByteBuffer& out);
+
+    /// The next parameter line without its CR and LF; empty at the end of the request and from the
+    /// first line on that has more than 1023 characters.
+    static std::string getline(std::istream& in);
+
+    /// Sends the reply text and its terminating zero byte in one piece. Waits while the client does
+    /// not read. Throws SocketClosedException and SocketException.
+    static void sendResponse(int sock, const char* data, int length);
+    /// The same for a text in several pieces; no piece is copied.
+    static void sendResponse(int sock, std::span<const std::string_view> pieces);
+
+    /// Sets every descriptor of `socks`; returns the largest, 0 for none.
+    static int addSocketsToFdSet(fd_set& set, const std::vector<int>& socks);
+    /// The first of `socks` that is set, or -1.
+    static int isSocketsEvent(const fd_set& set, const std::vector<int>& socks);
+    static void addSocket(std::vector<int>& socks, int sock);
+    /// Returns whether the socket was there.
+    static bool removeSocket(std::vector<int>& socks, int sock);
+
+    /// Closes a socket, after a half-close when `graceful`, and removes it from `socks`.
+    void closeSocket(std::vector<int>& socks, int sock, bool graceful);
+    /// Closes a client after an error or its disconnection. Returns false when SHUTDOWNONDISCONNECT
+    /// (0 never, 2 with the last client, else with any) makes the server stop.
+    bool errorCloseSocket(int sock, bool graceful);
+    void deinitSockets(std::vector<int>& socks, bool graceful);
+    void deinitListeners();
+    void deinitClients();
+    /// Closes everything, so that process() ends. Safe to call again, and from a signal handler
+    /// inside a wait.
+    void deinitServer();
+
+    std::vector<int> listeners;
+    /// In the order in which they were accepted.
+    std::vector<int> clients;
+    /// IPv4 in dotted form or a host name; empty for all interfaces.
+    std::string address;
+    int port = 10067;
+    /// Seconds without any socket event after which process() ends; 0 for never.
+    int inactivity = 0;
+    /// Kept for the configuration; nothing depends on it.
+    bool closeOnFatal = false;
+    /// Logs every byte of every request.
+    bool debugRequestRead = false;
+
+    /// Seconds that a started request, and then its reply, may take; 0 for any time.
+    int requestTimeout = 0;
+    /// Bytes that a request may have; 0 for any number.
+    int maxRequest = 0;
+    /// Serves HTTP request lines like any unknown command instead of refusing the connection.
+    bool allowHttp = false;
+    /// The commands that are served; empty for all.
+    std::vector<std::string> allowedCommands;
+
+  protected:
+    bool isAllowed(const std::string& cmd) const;
+
+  private:
+    int waitForEvent(fd_set& readable);
+    bool serveNext();
+    bool serveRequest(int sock);
+    bool refuseForeignRequest(int sock, const std::string& line);
+    std::size_t receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const;
+    void checkFirstLine(std::string_view request, std::size_t alreadyChecked) const;
+    void logBytes(std::string_view bytes) const;
+
+    ByteBuffer request_;
+    /// Set while the process is out of descriptors: until then no listener is waited for.
+    Deadline listenersPausedUntil_;
+    std::chrono::steady_clock::time_point nextForeignWarning_{};
+};
+
+/// Turns a result of recv(2) into an exception, or nothing when bytes came.
+void checkRecvStatus(int sock, long result);
+/// Turns a result of send(2) into an exception, or nothing when it is not -1.
+void checkSendError(int sock, long sendResult);
+
+}  // namespace corvane

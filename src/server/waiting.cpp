@@ -1,0 +1,70 @@
+#include "server/waiting.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "text/log.h"
+
+namespace corvane {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::nanoseconds;
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+sigset_t insideWaits;
+bool signalsHeld = false;
+volatile std::sig_atomic_t stopWanted = 0;
+
+timespec timeLeft(steady_clock::time_point deadline) {
+    const nanoseconds left =
+        std::max(nanoseconds::zero(), duration_cast<nanoseconds>(deadline - steady_clock::now()));
+    const auto whole = duration_cast<seconds>(left);
+    return {static_cast<time_t>(whole.count()), static_cast<long>((left - whole).count())};
+}
+
+}  // namespace
+
+void deliverSignalsOnlyInWaits() {
+    sigset_t held;
+    ::sigemptyset(&held);
+    for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
+        ::sigaddset(&held, sig);
+    }
+    ::sigprocmask(SIG_BLOCK, &held, &insideWaits);
+    // A parent may have left them blocked; the server must be stoppable all the same.
+    for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
+        ::sigdelset(&insideWaits, sig);
+    }
+    signalsHeld = true;
+}
+
+const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
+
+void requestStop() { stopWanted = 1; }
+
+bool stopRequested() { return stopWanted != 0; }
+
+Deadline deadlineAfter(int secondsAway) {
+    return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
+}
+
+int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
+    flushLog();
+    timespec timeout{};
+    if (deadline) {
+        timeout = timeLeft(*deadline);
+    }
+    return ::pselect(nfds, readable, writable, nullptr, deadline ? &timeout : nullptr, waitMask());
+}
+
+bool waitForSocket(int sock, Direction direction, const Deadline& deadline) {
+    fd_set set;
+    FD_ZERO(&set);
+    FD_SET(sock, &set);
+    const bool read = direction == Direction::Read;
+    return waitForSockets(sock + 1, read ? &set : nullptr, read ? nullptr : &set, deadline) != 0;
+}
+
+}  // namespace corvane

@@ -1,0 +1,41 @@
+// The only places where the program waits, and the only places where signals reach it: SIGTERM,
+// SIGINT and SIGCHLD stay blocked while it works, so that their handlers may log and close sockets
+// directly without ever interrupting the logging library or the allocator.
+#pragma once
+
+#include <signal.h>
+#include <sys/select.h>
+
+#include <chrono>
+#include <optional>
+
+namespace corvane {
+
+/// Blocks the three signals from now on, except inside the waits of this module.
+void deliverSignalsOnlyInWaits();
+
+/// The signal mask for the inside of a wait; null, which leaves the mask alone, before
+/// deliverSignalsOnlyInWaits().
+const sigset_t* waitMask();
+
+/// Notes that a termination signal has arrived, for work that waits on something else than the
+/// server's sockets.
+void requestStop();
+bool stopRequested();
+
+using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+
+/// The deadline that is `seconds` away; none for 0.
+Deadline deadlineAfter(int seconds);
+
+/// pselect(2) with signals let in, after the pending log lines were written. Without a deadline it
+/// waits for ever. Returns what pselect returns; -1 with EINTR after a signal.
+int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline);
+
+enum class Direction { Read, Write };
+
+/// Waits until one socket is ready, or a signal was handled: the caller tries its call again either
+/// way and learns from it what has become of the socket. Returns false when the deadline has passed.
+bool waitForSocket(int sock, Direction direction, const Deadline& deadline);
+
+}  // namespace corvane

@@ -1,0 +1,40 @@
+// A growing byte buffer for requests and replies of any size. Unlike std::string it never fills new
+// room with zeros and grows through realloc, which moves pages instead of bytes for large blocks.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+namespace corvane {
+
+class ByteBuffer {
+  public:
+    const char* data() const { return bytes_.get(); }
+    std::size_t size() const { return size_; }
+    std::string_view view() const { return {bytes_.get(), size_}; }
+
+    /// Makes room for at least `count` more bytes and returns where they go; commit() then counts
+    /// those that were written. Throws IOException with ENOMEM when memory is short.
+    char* room(std::size_t count);
+    void commit(std::size_t count) { size_ += count; }
+
+    void append(std::string_view text);
+
+    void clear() { size_ = 0; }
+
+    /// Empties the buffer and gives its memory back when it holds more than `limit` bytes of room.
+    void clearAndShrink(std::size_t limit);
+
+  private:
+    struct Free {
+        void operator()(char* block) const { std::free(block); }  // NOLINT: pairs with realloc
+    };
+
+    std::unique_ptr<char, Free> bytes_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+}  // namespace corvane

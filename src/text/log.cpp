@@ -1,0 +1,102 @@
+#include "text/log.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <log4cpp/Layout.hh>
+#include <string_view>
+
+namespace corvane {
+namespace {
+
+// The console and the file; a plain array, since a crash handler walks it.
+std::array<LogFile*, 4> openLogs{};
+int batchDepth = 0;
+constexpr std::size_t maxPending = 64 * 1024;
+
+void writeAll(int fd, std::string_view text) noexcept {
+    while (!text.empty()) {
+        const ssize_t written = ::write(fd, text.data(), text.size());
+        if (written > 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        } else if (written == 0 || errno != EINTR) {
+            return;
+        }
+    }
+}
+
+void crashHandler(int sig) {
+    flushLog();
+    static_cast<void>(::raise(sig));  // SA_RESETHAND restored the default action
+}
+
+}  // namespace
+
+LogFile::LogFile(const std::string& name, int fd) : log4cpp::FileAppender(name, fd) {
+    if (auto* const slot = std::find(openLogs.begin(), openLogs.end(), nullptr);
+        slot != openLogs.end()) {
+        *slot = this;
+    }
+}
+
+LogFile::~LogFile() {
+    flush();
+    std::replace(openLogs.begin(), openLogs.end(), this, static_cast<LogFile*>(nullptr));
+}
+
+void LogFile::flush() noexcept {
+    writeAll(_fd, pending_);
+    pending_.clear();
+}
+
+void LogFile::_append(const log4cpp::LoggingEvent& event) {
+    const std::string line = _getLayout().format(event);
+    if (batchDepth == 0) {
+        writeAll(_fd, line);
+        return;
+    }
+    if (pending_.size() + line.size() > maxPending) {
+        flush();
+    }
+    if (line.size() > maxPending) {
+        writeAll(_fd, line);
+    } else {
+        pending_ += line;
+    }
+}
+
+LogBatch::LogBatch() { ++batchDepth; }
+
+LogBatch::~LogBatch() {
+    if (--batchDepth == 0) {
+        flushLog();
+    }
+}
+
+void flushLog() noexcept {
+    const int savedErrno = errno;
+    for (LogFile* log : openLogs) {
+        if (log != nullptr) {
+            log->flush();
+        }
+    }
+    errno = savedErrno;
+}
+
+void flushLogOnCrash() {
+    for (const int sig : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
+        struct sigaction current {};
+        if (::sigaction(sig, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) {
+            struct sigaction action {};
+            action.sa_handler = crashHandler;
+            action.sa_flags = SA_RESETHAND | SA_NODEFER;
+            ::sigaction(sig, &action, nullptr);
+        }
+    }
+}
+
+}  // namespace corvane
