@@ -33,7 +33,7 @@ void resetSignals() {
         ::signal(sig, SIG_DFL);
     }
     sigset_t none;
-    ::sigemptyset(&none);
+    sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 
 #include "text/log.h"
 
@@ -28,14 +29,14 @@ timespec timeLeft(steady_clock::time_point deadline) {
 
 void deliverSignalsOnlyInWaits() {
     sigset_t held;
-    ::sigemptyset(&held);
+    sigemptyset(&held);
     for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
-        ::sigaddset(&held, sig);
+        sigaddset(&held, sig);
     }
     ::sigprocmask(SIG_BLOCK, &held, &insideWaits);
     // A parent may have left them blocked; the server must be stoppable all the same.
     for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
-        ::sigdelset(&insideWaits, sig);
+        sigdelset(&insideWaits, sig);
     }
     signalsHeld = true;
 }
