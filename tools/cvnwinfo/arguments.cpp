@@ -58,7 +58,7 @@ Words readWords(std::span<const char* const> rest) {
         } else if (option == "-s") {
             takeValue(words.size, option, rest);
         } else {
-            throw UsageError("unknown option " + quoted(option));
+            throw UsageError("unknown option " + inQuotes(option));
         }
     }
     return words;
@@ -84,7 +84,7 @@ std::pair<int, int> numberPair(std::string_view text, Coordinate lowest, std::st
             return {*first, *second};
         }
     }
-    throw UsageError("bad " + std::string(what) + " " + quoted(text) + ": expected " +
+    throw UsageError("bad " + std::string(what) + " " + inQuotes(text) + ": expected " +
                      std::string(range));
 }
 

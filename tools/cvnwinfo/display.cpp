@@ -18,7 +18,7 @@ std::string connectionFailure(int code) {
     if (value == nullptr || *value == '\0') {
         return "no X display: the environment variable DISPLAY is not set";
     }
-    const std::string name = quoted(value);
+    const std::string name = inQuotes(value);
     switch (code) {
         case XCB_CONN_CLOSED_PARSE_ERR:
             return "the environment variable DISPLAY names no X display: " + name;

@@ -58,7 +58,7 @@ std::string latin1ToUtf8(std::string_view text) {
     return result;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     const bool cut = text.size() > quotedLimit;
     std::string result = "'";
     result += cut ? beginning(text, quotedLimit - ellipsis.size()) : text;

@@ -21,6 +21,6 @@ std::string latin1ToUtf8(std::string_view text);
 
 /// `text` in single quotes, fit for one line of a message: control characters as "?", and at most
 /// 64 bytes of text, a longer one ending in "...".
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 }  // namespace corvane::wintool

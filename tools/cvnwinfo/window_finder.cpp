@@ -88,7 +88,7 @@ xcb_window_t findWindow(Display& display, std::string_view title) {
     display.requireConnection();
     const std::optional<std::size_t> index = chooseTitle(titles, title);
     if (!index) {
-        throw WindowError("no window titled " + quoted(title));
+        throw WindowError("no window titled " + inQuotes(title));
     }
     return windows[*index];
 }

@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include "tool_fixture.h"
+
+namespace corvane::x11test {
+namespace {
+
+// Every test runs once under openbox and once without a window manager.
+class Move : public testing::TestWithParam<X11Session::Manager> {
+  protected:
+    void move(const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {"-n", "Player"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = runTool(session.environment(), arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.errors, "");
+    }
+
+    // The client area lies there for the X server, for xwininfo and for the tool itself.
+    void expectAt(const PixelRectangle& expected) {
+        EXPECT_TRUE(window.waitForRectangle(expected)) << window.rectangle();
+        EXPECT_EQ(rectangleByXwininfo(session, window.id()), expected);
+        EXPECT_EQ(reportedRectangle(session, "Player"), expected);
+    }
+
+    X11Session session{GetParam()};
+    TestWindow window{session, {.wmName = "Player"}};
+};
+
+INSTANTIATE_TEST_SUITE_P(Session, Move, bothSessions, testing::PrintToStringParamName());
+
+TEST_P(Move, PutsTheClientAreaAtAPosition) {
+    move({"-p", "200,150"});
+    expectAt({200, 150, 320, 240});
+}
+
+TEST_P(Move, KeepsThePositionWhenOnlyTheSizeChanges) {
+    move({"-p", "200,150"});
+    expectAt({200, 150, 320, 240});
+    move({"-s", "400,300"});
+    expectAt({200, 150, 400, 300});
+}
+
+TEST_P(Move, SetsPositionAndSizeAtOnce) {
+    move({"-p", "123,234", "-s", "456,345"});
+    expectAt({123, 234, 456, 345});
+}
+
+TEST_P(Move, GoesBeyondTheUpperLeftCorner) {
+    move({"-p", "-30,-20"});
+    expectAt({-30, -20, 320, 240});
+}
+
+TEST_P(Move, MayAskForWhatIsAlreadySo) {
+    move({"-p", "200,150", "-s", "320,240"});
+    expectAt({200, 150, 320, 240});
+    move({"-p", "200,150", "-s", "320,240"});
+    expectAt({200, 150, 320, 240});
+}
+
+TEST_P(Move, DoesNothingWhenNothingIsAsked) {
+    const PixelRectangle before = window.rectangle();
+    move({});
+    expectAt(before);
+}
+
+TEST_P(Move, NamesTheTitleThatNoWindowHas) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"-n", "Browser"}, {"-n", "Browser", "-p", "1,2"}}) {
+        const Outcome outcome = runTool(session.environment(), arguments);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.errors, "cvnwinfo: no window titled 'Browser'\n");
+    }
+}
+
+TEST(MoveWithoutManager, AllowsForTheBorder) {
+    const X11Session session(X11Session::Manager::none);
+    const TestWindow window(session, {.wmName = "T", .border = 7});
+    EXPECT_EQ(runTool(session.environment(), {"-n", "T", "-p", "80,90"}).status, 0);
+    EXPECT_EQ(window.rectangle(), (PixelRectangle{80, 90, 320, 240}));
+}
+
+}  // namespace
+}  // namespace corvane::x11test
