@@ -80,7 +80,7 @@ std::size_t utf8char2wchar(std::string_view s, wchar_t& c) {
 }
 
 std::size_t wchar2utf8char(wchar_t c, char* out) {
-    const auto value = static_cast<unsigned>(c);
+    const auto value = static_cast<char32_t>(c);
     const std::size_t size = utf8size(c);
     switch (size) {
         case 1:
@@ -102,7 +102,7 @@ std::size_t wchar2utf8char(wchar_t c, char* out) {
 }
 
 std::size_t utf8size(wchar_t c) {
-    const auto value = static_cast<unsigned>(c);
+    const auto value = static_cast<char32_t>(c);
     if (value < 0x80) {
         return 1;
     }
@@ -141,14 +141,14 @@ wchar_t char2wchar(char c, int codeSet) {
 
 char wchar2char(wchar_t unicode, int codeSet, char replacement) {
     // Rows of the value 0 are undefined bytes, which no character may become.
-    const auto value = static_cast<std::uint32_t>(unicode);
+    const auto value = static_cast<char32_t>(unicode);
     if (value == 0) {
         return 0;
     }
     const CSTABLE table = tableOf(TABLES_BY_UNICODE, codeSet);
     const auto row = std::lower_bound(
         table.begin(), table.end(), value,
-        [](const CSENTRY& entry, std::uint32_t wanted) { return entry.unicode < wanted; });
+        [](const CSENTRY& entry, char32_t wanted) { return entry.unicode < wanted; });
     return row != table.end() && row->unicode == value ? static_cast<char>(row->code)
                                                        : unicodeNotFound(unicode, replacement);
 }
