@@ -16,8 +16,8 @@ set(CMAKE_C_COMPILER "${MACOS_ZIG}" cc -target ${target})
 set(CMAKE_CXX_COMPILER "${MACOS_ZIG}" c++ -target ${target})
 
 # What stands for the frameworks: a header, and the list of their functions for the linker.
-set(CMAKE_CXX_FLAGS_INIT "-I${CMAKE_CURRENT_LIST_DIR}/include")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-F${CMAKE_CURRENT_LIST_DIR}/frameworks")
+set(CMAKE_CXX_FLAGS_INIT
+  "-I${CMAKE_CURRENT_LIST_DIR}/include -F${CMAKE_CURRENT_LIST_DIR}/frameworks")
 
 # zig's ar and ranlib are subcommands of one program, which CMAKE_AR cannot express.
 foreach(language C CXX)
