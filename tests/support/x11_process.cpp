@@ -95,7 +95,9 @@ Environment::Environment() {
 std::vector<std::string> Environment::strings() const {
     std::vector<std::string> result;
     for (const auto& [name, value] : variables_) {
-        result.push_back(name + "=" + value);
+        std::string& entry = result.emplace_back(name);
+        entry += "=";
+        entry += value;
     }
     return result;
 }

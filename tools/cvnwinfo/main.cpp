@@ -1,6 +1,7 @@
 // The window tool: reports and changes where a window lies on an X11 screen. The server runs it
 // and reads what it prints; see the manual page for the command line.
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <span>
@@ -74,7 +75,8 @@ void run(const Arguments& arguments) {
 
 int fail(const std::exception& error, int status, std::string_view advice = "") {
     const std::string message = "cvnwinfo: " + std::string(error.what()) + std::string(advice);
-    std::fprintf(stderr, "%s\n", message.c_str());
+    // When even this fails, the exit status is all that can still be told.
+    static_cast<void>(std::fprintf(stderr, "%s\n", message.c_str()));
     return status;
 }
 

@@ -25,7 +25,7 @@ void occupyStandardDescriptors() {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) == -1) {
             // The lowest free number is the one that was found closed.
-            const int opened = open("/dev/null", O_RDONLY);  // NOLINT(*-vararg)
+            const int opened = open("/dev/null", O_RDONLY);
             static_cast<void>(opened);
         }
     }
