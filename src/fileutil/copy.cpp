@@ -131,9 +131,9 @@ class TreeCopier {
 
 void refuseCopyIntoItself(const std::string& src, const std::string& dst) {
     if (liesWithin(strconv::utf82acs(dst), strconv::utf82acs(src))) {
-        throw IOException(format("cannot copy directory '%s' into itself as '%s'", src.c_str(),
-                                 dst.c_str()),
-                          EINVAL);
+        throw IOException(
+            format("cannot copy directory '%s' into itself as '%s'", src.c_str(), dst.c_str()),
+            EINVAL);
     }
 }
 

@@ -37,8 +37,8 @@ struct OpenFile {
 };
 
 OpenFile openSource(const FilePlace& src) {
-    OpenFile file{FileDesc(::openat(src.directory, src.name.c_str(),
-                                    O_RDONLY | O_CLOEXEC | O_NONBLOCK))};
+    OpenFile file{
+        FileDesc(::openat(src.directory, src.name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))};
     if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
         throw fileError("open src", src.path, errno);
     }
@@ -84,7 +84,8 @@ bool writeAll(int to, const char* bytes, std::size_t count) {
 }
 
 Outcome copyByLoop(int from, int to) {
-    std::array<char, blockSize> block;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+    std::array<char, blockSize>
+        block;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
     while (true) {
         const ssize_t count = ::read(from, block.data(), block.size());
         if (count == 0) {
@@ -125,9 +126,8 @@ bool copyFileAt(const FilePlace& src, const FilePlace& dst, bool intoDirectory) 
             throw;
         }
         const std::string name = getFileName(src.path);
-        return copyFileAt(src,
-                          {dst.directory, slashPath(dst.name) + name, slashPath(dst.path) + name},
-                          false);
+        return copyFileAt(
+            src, {dst.directory, slashPath(dst.name) + name, slashPath(dst.path) + name}, false);
     }
     if (from.info.st_dev == to.info.st_dev && from.info.st_ino == to.info.st_ino) {
         return false;

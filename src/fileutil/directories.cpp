@@ -6,7 +6,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-
 #include <log4cpp/Category.hh>
 
 #include "fileutil/paths.h"

@@ -29,7 +29,9 @@ class FileDesc {
     /// Hands the descriptor over to the caller.
     int release() { return std::exchange(fd_, -1); }
 
-    operator int() const { return fd_; }  // NOLINT(google-explicit-constructor): used as a descriptor
+    operator int() const {
+        return fd_;
+    }  // NOLINT(google-explicit-constructor): used as a descriptor
 
   private:
     int fd_;

@@ -15,8 +15,7 @@ struct FileInfo {
     static const std::string HIDDEN;
     static const std::string READONLY;
 
-    FileInfo(std::string entryName, int entryType)
-        : name(std::move(entryName)), type(entryType) {}
+    FileInfo(std::string entryName, int entryType) : name(std::move(entryName)), type(entryType) {}
 
     /// UTF-8, without path.
     std::string name;

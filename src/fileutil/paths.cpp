@@ -1,7 +1,6 @@
 #include "fileutil/paths.h"
 
 #include <algorithm>
-
 #include <log4cpp/Category.hh>
 
 #include "text/strings.h"

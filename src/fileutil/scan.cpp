@@ -2,9 +2,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string_view>
-
 #include <log4cpp/Category.hh>
+#include <string_view>
 
 #include "fileutil/directory.h"
 #include "fileutil/file_info.h"

@@ -7,12 +7,11 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <log4cpp/Category.hh>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <log4cpp/Category.hh>
 
 #include "platform/opener.h"
 #include "platform/process.h"
@@ -65,8 +64,8 @@ bool isAddress(std::string_view text) {
     }
     return std::none_of(text.begin(), text.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);
-        return byte <= ' ' || byte == 0x7F || std::string_view("\"<>\\^`{|}").find(c) !=
-                                                  std::string_view::npos;
+        return byte <= ' ' || byte == 0x7F ||
+               std::string_view("\"<>\\^`{|}").find(c) != std::string_view::npos;
     });
 }
 

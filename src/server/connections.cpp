@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-
 #include <log4cpp/Category.hh>
 
 #include "fileutil/properties.h"
@@ -32,7 +31,7 @@ void Server::processListener(int listenSock) {
     sockaddr_in peer{};
     const int sock = platform::acceptConnection(listenSock, peer);
     int error = sock == -1 ? errno : 0;
-    if (error == EAGAIN || error == EWOULDBLOCK || error == EINTR) {
+    if (error == EAGAIN || error == EINTR) {
         return;  // the connection is gone again
     }
     if (sock >= FD_SETSIZE) {
@@ -65,14 +64,14 @@ bool Server::removeSocket(std::vector<int>& socks, int sock) {
 
 void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.closesocket");
-    const std::string where = log.isWarnEnabled() ? formatAddress(sock) : std::string();
+    const std::string where = log.isInfoEnabled() ? formatAddress(sock) : std::string();
     log.info("Closing socket %s", where.c_str());
     if (graceful) {
         ::shutdown(sock, SHUT_WR);
     }
     log.debug("raw close socket %s", where.c_str());
     if (::close(sock) != 0) {
-        log.warn("Error %d closing socket %s", errno, where.c_str());
+        log.warn("Error %d closing socket %s", errno, formatAddress(sock).c_str());
     }
     forgetPeer(sock);
     removeSocket(socks, sock);
@@ -102,7 +101,8 @@ void Server::deinitSockets(std::vector<int>& socks, bool graceful) {
 }
 
 void Server::deinitListeners() {
-    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.deinit.listener");
+    static log4cpp::Category& log =
+        log4cpp::Category::getInstance("corvane.server.deinit.listener");
     std::vector<int> closing;
     closing.swap(listeners);
     if (!closing.empty()) {

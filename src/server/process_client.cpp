@@ -2,7 +2,6 @@
 // when something fails.
 #include <algorithm>
 #include <chrono>
-
 #include <log4cpp/Category.hh>
 
 #include "platform/system.h"

@@ -6,7 +6,6 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-
 #include <log4cpp/Category.hh>
 
 #include "platform/system.h"
@@ -48,6 +47,7 @@ bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
 bool Server::readRequest(int sock, ByteBuffer& out) {
     out.clearAndShrink(keptBuffer);
     Deadline deadline;
+    bool firstLineChecked = allowHttp;
     while (true) {
         const std::size_t before = out.size();
         const std::size_t seen = receiveChunk(sock, out, deadline);
@@ -63,7 +63,7 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
         platform::discardReceived(sock, taken);
         logBytes(chunk.substr(0, taken));
         out.commit(end);
-        checkFirstLine(out.view(), before);
+        firstLineChecked = firstLineChecked || checkFirstLine(out.view(), before);
         if (maxRequest > 0 && out.size() > static_cast<std::size_t>(maxRequest)) {
             throw Exception(format("request is longer than %d bytes", maxRequest));
         }
@@ -82,7 +82,7 @@ std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& dead
     const std::size_t look = out.size() == 0 ? firstLook : laterLook;
     while (true) {
         const ssize_t seen = ::recv(sock, out.room(look), look, MSG_PEEK | MSG_DONTWAIT);
-        if (seen == -1 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+        if (seen == -1 && (errno == EAGAIN || errno == EINTR)) {
             if (!waitForSocket(sock, Direction::Read, deadline)) {
                 throw Exception(format("request is not complete after %d s", requestTimeout));
             }
@@ -93,20 +93,15 @@ std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& dead
     }
 }
 
-// Throws ForeignRequest once the first line is complete and is not a command's.
-void Server::checkFirstLine(std::string_view request, std::size_t alreadyChecked) const {
-    if (allowHttp) {
-        return;
-    }
-    if (alreadyChecked == 0 && isTlsGreeting(request)) {
+// Throws ForeignRequest when the request is not an application's. Returns whether that is settled:
+// the first line is complete. Its end is not among the `alreadySearched` bytes.
+bool Server::checkFirstLine(std::string_view request, std::size_t alreadySearched) {
+    if (isTlsGreeting(request)) {
         throw ForeignRequest("TLS");
     }
-    if (request.substr(0, alreadyChecked).find('\n') != std::string_view::npos) {
-        return;
-    }
-    const std::size_t end = request.find('\n', alreadyChecked);
+    const std::size_t end = request.find('\n', alreadySearched);
     if (end == std::string_view::npos) {
-        return;
+        return false;
     }
     std::string_view line = request.substr(0, end);
     if (!line.empty() && line.back() == '\r') {
@@ -115,6 +110,7 @@ void Server::checkFirstLine(std::string_view request, std::size_t alreadyChecked
     if (isHttpRequestLine(line)) {
         throw ForeignRequest(std::string(line));
     }
+    return true;
 }
 
 void Server::logBytes(std::string_view bytes) const {

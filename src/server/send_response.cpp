@@ -33,14 +33,22 @@ std::span<iovec> advance(std::span<iovec> pieces, std::size_t count) {
     return pieces;
 }
 
-void sendAll(int sock, std::span<iovec> pieces) {
+// `limit` is the number of seconds that the client may leave the reply unread; 0 for any time.
+void sendAll(int sock, std::span<iovec> pieces, int limit) {
+    Deadline deadline;
     while (!pieces.empty()) {
         msghdr message{};
         message.msg_iov = pieces.data();
         message.msg_iovlen = static_cast<decltype(message.msg_iovlen)>(pieces.size());
         const ssize_t sent = ::sendmsg(sock, &message, MSG_DONTWAIT | platform::sendFlags());
-        if (sent == -1 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-            waitForSocket(sock, Direction::Write, Deadline());
+        if (sent == -1 && (errno == EAGAIN || errno == EINTR)) {
+            if (!deadline) {
+                deadline = deadlineAfter(limit);
+            }
+            if (!waitForSocket(sock, Direction::Write, deadline)) {
+                ::shutdown(sock, SHUT_RDWR);  // no other reply may follow half of this one
+                throw SocketException("send() error", ETIMEDOUT);
+            }
             continue;
         }
         checkSendError(sock, sent);
@@ -58,7 +66,7 @@ void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
     }
     parts.push_back(piece(std::string_view("", 1)));
     flushLog();
-    sendAll(sock, parts);
+    sendAll(sock, parts, requestTimeout);
 }
 
 void Server::sendResponse(int sock, const char* data, int length) {

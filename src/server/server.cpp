@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-
 #include <log4cpp/Category.hh>
 
 #include "fileutil/file_desc.h"
@@ -120,7 +119,8 @@ int Server::waitForEvent(fd_set& readable) {
         if (!listenersPausedUntil_) {
             highest = std::max(highest, addSocketsToFdSet(readable, listeners));
         }
-        const bool pauseEndsFirst = listenersPausedUntil_ && (!idle || *listenersPausedUntil_ < *idle);
+        const bool pauseEndsFirst =
+            listenersPausedUntil_ && (!idle || *listenersPausedUntil_ < *idle);
         const int ready = waitForSockets(highest + 1, &readable, nullptr,
                                          pauseEndsFirst ? listenersPausedUntil_ : idle);
         if (ready != 0 || !pauseEndsFirst) {

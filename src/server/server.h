@@ -59,9 +59,9 @@ class Server {
 
     /// Sends the reply text and its terminating zero byte in one piece. Waits while the client does
     /// not read. Throws SocketClosedException and SocketException.
-    static void sendResponse(int sock, const char* data, int length);
+    void sendResponse(int sock, const char* data, int length);
     /// The same for a text in several pieces; no piece is copied.
-    static void sendResponse(int sock, std::span<const std::string_view> pieces);
+    void sendResponse(int sock, std::span<const std::string_view> pieces);
 
     /// Sets every descriptor of `socks`; returns the largest, 0 for none.
     static int addSocketsToFdSet(fd_set& set, const std::vector<int>& socks);
@@ -114,7 +114,7 @@ class Server {
     bool serveRequest(int sock);
     bool refuseForeignRequest(int sock, const std::string& line);
     std::size_t receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const;
-    void checkFirstLine(std::string_view request, std::size_t alreadyChecked) const;
+    static bool checkFirstLine(std::string_view request, std::size_t alreadySearched);
     void logBytes(std::string_view bytes) const;
 
     ByteBuffer request_;

@@ -35,7 +35,8 @@ int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline&
 enum class Direction { Read, Write };
 
 /// Waits until one socket is ready, or a signal was handled: the caller tries its call again either
-/// way and learns from it what has become of the socket. Returns false when the deadline has passed.
+/// way and learns from it what has become of the socket. Returns false when the deadline has
+/// passed.
 bool waitForSocket(int sock, Direction direction, const Deadline& deadline);
 
 }  // namespace corvane

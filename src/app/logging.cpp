@@ -1,0 +1,90 @@
+#include "app/logging.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <log4cpp/BasicLayout.hh>
+#include <log4cpp/Category.hh>
+#include <log4cpp/PatternLayout.hh>
+#include <log4cpp/SimpleLayout.hh>
+#include <stdexcept>
+
+#include "fileutil/paths.h"
+#include "text/exception.h"
+#include "text/log.h"
+#include "text/strconv.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+using log4cpp::Category;
+
+constexpr mode_t logFileMode = 0777;
+
+void attach(Category& root, const std::string& name, int fd, const std::string& pattern) {
+    auto appender = std::make_unique<LogFile>(name, fd);
+    appender->setLayout(getLayout(pattern).release());  // the appender owns its layout
+    root.addAppender(appender.release());               // and the category its appenders
+}
+
+int openLog(const std::string& path) {
+    return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, logFileMode);
+}
+
+int openLogFile(Category& log, const std::string& fileName) {
+    const std::string path = strconv::utf82acs(getApplicationDirectory() + fileName);
+    int fd = openLog(path);
+    if (fd != -1) {
+        return fd;
+    }
+    log.debug("Error creating log '%s'", path.c_str());
+    const std::string homePath =
+        strconv::utf82acs(correctDirectoryPath(getUserDirectory()) + "." + fileName);
+    log.debug("Trying another log location '%s'", homePath.c_str());
+    fd = openLog(homePath);
+    if (fd == -1) {
+        throw ConfigureFailure("Cannot create log file " + homePath);
+    }
+    return fd;
+}
+
+log4cpp::Priority::Value priorityOf(const std::string& name) {
+    try {
+        return log4cpp::Priority::getPriorityValue(name);
+    } catch (const std::invalid_argument&) {
+        throw ConfigureFailure("Invalid priority (" + name +
+                               ") in logging configuration file for category: root");
+    }
+}
+
+}  // namespace
+
+void Log4cppConfigurator::configure(const std::string& name, const Properties& settings,
+                                    bool console, int port) {
+    Category& root = Category::getRoot();
+    root.removeAllAppenders();
+    Category& log = Category::getInstance("corvane.log");
+    const std::string pattern = settings.getPropertyAsString("log4cpp.pattern", "%d [%p,%c] %m%n");
+    if (console) {
+        attach(root, "console", ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1),
+               pattern);
+    }
+    root.setPriority(priorityOf(settings.getPropertyAsString("log4cpp.priority", "DEBUG")));
+    log.debug("acs is %d", strconv::getACS());
+    attach(root, "file", openLogFile(log, format("%s%d.log", name.c_str(), port)), pattern);
+}
+
+std::unique_ptr<log4cpp::Layout> getLayout(const std::string& spec) {
+    if (spec == "basic") {
+        return std::make_unique<log4cpp::BasicLayout>();
+    }
+    if (spec == "simple") {
+        return std::make_unique<log4cpp::SimpleLayout>();
+    }
+    auto layout = std::make_unique<log4cpp::PatternLayout>();
+    layout->setConversionPattern(spec);
+    return layout;
+}
+
+}  // namespace corvane

@@ -1,0 +1,58 @@
+#include "app/signals.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <log4cpp/Category.hh>
+
+namespace corvane {
+namespace {
+
+void install(int sig, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    // A handler runs to its end before another one starts; a child that only stops is no event.
+    action.sa_flags = SA_RESTART | SA_NOCLDSTOP;
+    ::sigemptyset(&action.sa_mask);
+    for (const int other : {SIGTERM, SIGINT, SIGCHLD}) {
+        ::sigaddset(&action.sa_mask, other);
+    }
+    ::sigaction(sig, &action, nullptr);
+}
+
+}  // namespace
+
+Server* server = nullptr;
+
+void term_signal(int sig) {
+    const int savedErrno = errno;
+    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.signal.term");
+    log.debug("signal %d was received", sig);
+    requestStop();
+    if (server != nullptr) {
+        server->deinitServer();
+    }
+    errno = savedErrno;
+}
+
+void chld_signal(int sig) {
+    const int savedErrno = errno;
+    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.signal.chld");
+    int status = 0;
+    while (::waitpid(-1, &status, WNOHANG) > 0) {
+        log.debug("child exited with status %d (sig %d)", status, sig);
+    }
+    errno = savedErrno;
+}
+
+void installSignalHandlers() {
+    deliverSignalsOnlyInWaits();
+    install(SIGTERM, term_signal);
+    install(SIGINT, term_signal);
+    install(SIGCHLD, chld_signal);
+    ::signal(SIGPIPE, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN);
+}
+
+}  // namespace corvane

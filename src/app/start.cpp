@@ -1,0 +1,126 @@
+#include "app/start.h"
+
+#include <unistd.h>
+
+#include <exception>
+#include <iostream>
+#include <log4cpp/Category.hh>
+#include <utility>
+
+#include "app/detach.h"
+#include "app/instance.h"
+#include "app/logging.h"
+#include "app/settings.h"
+#include "app/signals.h"
+#include "fileutil/paths.h"
+#include "fileutil/properties.h"
+#include "text/exception.h"
+#include "text/log.h"
+#include "text/strconv.h"
+
+namespace corvane {
+namespace {
+
+constexpr const char* productName = "corvane";
+constexpr const char* initFailureTitle = "corvane init error:";
+
+// Flushed at once: nothing is left to be lost by _exit() or printed twice after fork().
+void print(const std::string& line) { std::cout << line << std::endl; }
+
+struct Configuration {
+    Settings settings;
+    bool fileFound;
+};
+
+// All up to the point where the program may detach. Throws for what keeps it from starting.
+Configuration initialise(const std::string& name) {
+    ensureStandardDescriptors();
+    initStartupDirectory();
+    print("Initializing app");
+    const bool found = loadConfiguration(props, strconv::utf82acs(getApplicationDirectory()));
+    Configuration configuration{Settings(props), found};
+    const Settings& settings = configuration.settings;
+    if (!settings.console) {
+        print("Console is off");
+    }
+    Log4cppConfigurator::configure(name, props, settings.console, settings.port);
+    checkInstance(name, settings.port);
+    if (!settings.console) {
+        detachFromTerminal();
+    }
+    return configuration;
+}
+
+Configuration initialiseOrExit(const std::string& name) {
+    try {
+        return initialise(name);
+    } catch (const std::exception& e) {
+        showMessage(initFailureTitle, e.what());
+        ::_exit(-1);
+    } catch (...) {
+        showMessage(initFailureTitle, "Unexpected exception");
+        ::_exit(-2);
+    }
+}
+
+void enterWorkingDirectory(log4cpp::Category& log, const std::string& directory) {
+    if (!directory.empty()) {
+        log.debug("Changing cwd from '%s' to '%s'", getCurrentDirectory().c_str(),
+                  directory.c_str());
+        if (const int error = changeCurrentDirectory(directory.c_str()); error != 0) {
+            log.warn("FAIL to change current dir to '%s' (err %d)", directory.c_str(), error);
+        }
+    }
+    log.info("Current dir is '%s'", getCurrentDirectory().c_str());
+}
+
+void serve(log4cpp::Category& log) {
+    try {
+        server->initServer();
+        server->process();
+    } catch (const Exception& e) {
+        log.error("Server exception: %s", e.what());
+    } catch (...) {
+        log.fatal("unexpected exception on processing");
+    }
+}
+
+void stop(log4cpp::Category& log, std::unique_ptr<Server> running) {
+    try {
+        running.reset();
+        server = nullptr;
+        log.notice("stop service");
+        pidFile.release();
+        log.debug("pid file release");
+    } catch (...) {
+        log.fatal("unexpected exception on closing");
+    }
+    log.notice("application terminated");
+}
+
+}  // namespace
+
+void showMessage(const std::string& title, const std::string& text) {
+    print(title);
+    print(text);
+}
+
+int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
+    const auto [settings, configurationFound] = initialiseOrExit(name);
+    log4cpp::Category& log = log4cpp::Category::getInstance(productName);
+    installSignalHandlers();
+    flushLogOnCrash();
+    if (!configurationFound) {
+        log.warn("Neither '%s' nor '%s' were found. using default values.", CONFIG_FILE,
+                 OTHER_CONFIG_FILE);
+    }
+    log.notice("start %s v. %s", productName, CORVANE_VERSION);
+    enterWorkingDirectory(log, settings.currentDirectory);
+    server = newServer.get();
+    settings.apply(*server);
+    serve(log);
+    stop(log, std::move(newServer));
+    return 0;
+}
+
+}  // namespace corvane

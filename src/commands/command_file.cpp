@@ -1,0 +1,76 @@
+#include "commands/command_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "fileutil/file_desc.h"
+
+namespace corvane {
+namespace {
+
+constexpr mode_t newFileMode = 0666;
+
+bool mayNeverEnd(mode_t mode) { return !S_ISREG(mode) && !S_ISDIR(mode); }
+
+bool mayNotBeOverwritten(mode_t mode) { return S_ISFIFO(mode) || S_ISSOCK(mode) || S_ISBLK(mode); }
+
+struct stat infoOf(FILE* file) {
+    struct stat info {};
+    if (file != nullptr) {
+        ::fstat(::fileno(file), &info);
+    }
+    return info;
+}
+
+}  // namespace
+
+int closeFile(FILE* file, const std::string& path, const CommandLog& log) {
+    if (file == nullptr) {
+        return 0;
+    }
+    const int result = std::fclose(file) == 0 ? 0 : errno;
+    log.debug(": close (%d) file '%s'", result, path.c_str());
+    return result;
+}
+
+bool CommandFile::openForReading() {
+    return adopt(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK), "rb", mayNeverEnd);
+}
+
+bool CommandFile::openForWriting() {
+    return adopt(
+        ::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, newFileMode),
+        "w+", mayNotBeOverwritten);
+}
+
+bool CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {
+    FileDesc opened(fd);
+    struct stat info {};
+    if (opened == -1 || ::fstat(opened, &info) != 0) {
+        return false;
+    }
+    if (refused(info.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    file_ = ::fdopen(opened, mode);
+    if (file_ != nullptr) {
+        static_cast<void>(opened.release());
+    }
+    return file_ != nullptr;
+}
+
+std::size_t CommandFile::size() const {
+    const struct stat info = infoOf(file_);
+    return S_ISREG(info.st_mode) ? static_cast<std::size_t>(info.st_size) : 0;
+}
+
+bool CommandFile::isRegular() const { return S_ISREG(infoOf(file_).st_mode); }
+
+int CommandFile::close() { return closeFile(std::exchange(file_, nullptr), path_, log_); }
+
+}  // namespace corvane

@@ -1,0 +1,49 @@
+// The files that commands read and write.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "commands/command_log.h"
+
+namespace corvane {
+
+/// Closes a file and logs the result, which it returns: 0 or an errno value. A null file is left
+/// alone.
+int closeFile(FILE* file, const std::string& path, const CommandLog& log);
+
+/// A file of one command; what is still open in the end is closed, whatever happens.
+class CommandFile {
+  public:
+    /// Keeps references to both.
+    CommandFile(const std::string& path, const CommandLog& log) : path_(path), log_(log) {}
+    ~CommandFile() { close(); }
+    CommandFile(const CommandFile&) = delete;
+    CommandFile& operator=(const CommandFile&) = delete;
+    CommandFile(CommandFile&&) = delete;
+    CommandFile& operator=(CommandFile&&) = delete;
+
+    /// Opens a regular file (or a directory, which then cannot be read) as fopen "rb" does. Pipes,
+    /// sockets and devices, which might never end, are refused with EINVAL. False with errno.
+    bool openForReading();
+    /// Creates or empties a file as fopen "w+" does. Pipes, sockets and block devices are refused
+    /// with EINVAL. False with errno.
+    bool openForWriting();
+
+    FILE* get() const { return file_; }
+    /// The size in bytes, 0 when it is not known.
+    std::size_t size() const;
+    bool isRegular() const;
+
+    /// Returns 0 or an errno value.
+    int close();
+
+  private:
+    bool adopt(int fd, const char* mode, bool (*refused)(mode_t));
+
+    const std::string& path_;
+    const CommandLog& log_;
+    FILE* file_ = nullptr;
+};
+
+}  // namespace corvane

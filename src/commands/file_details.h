@@ -1,0 +1,18 @@
+// Turning directory entries into the details of a reply.
+#pragma once
+
+#include <vector>
+
+#include "commands/corvane_detail.h"
+#include "fileutil/file_info.h"
+
+namespace corvane {
+
+/// One detail for each entry but "." and "..", directories first (with a trailing "/"), each kind
+/// in the order of the names without regard to letter case. Takes the entries to move the names.
+std::vector<CorvaneDetail> files2details(std::vector<FileInfo> files);
+
+/// The order of two details: the higher kind first, then by name. Negative, 0 or positive.
+int cmpFileInfo2(const CorvaneDetail& a, const CorvaneDetail& b);
+
+}  // namespace corvane

@@ -1,0 +1,58 @@
+#include "commands/movie_page.h"
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string_view>
+
+#include "fileutil/file_desc.h"
+#include "text/exception.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view suffix = ".html";
+// Where tmpnam(3) puts its names.
+constexpr const char* pagePattern = "/tmp/fileXXXXXX.html";
+
+constexpr const char* htmlTemplate =
+    "<html><head><title> - </title></head><body><embed src=\"%s\" quality=high "
+    "pluginspage=\"http://www.macromedia.com/shockwave/download/"
+    "index.cgi?P1_Prod_Version=ShockwaveFlash\" type=\"application/x-shockwave-flash\" "
+    "width=\"%d\" height=\"%d\" salign=\"tl\" menu=\"0\"></embed></body></html>";
+
+bool writeWhole(int fd, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(fd, text.data(), text.size());
+        if (written < 0 && errno != EINTR) {
+            return false;
+        }
+        if (written > 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string convertSWF(const char* swfPath) {
+    const MovieSize size = readSWFSize(swfPath);
+    const std::string page = format(htmlTemplate, swfPath, size.width, size.height);
+    std::string path = pagePattern;
+    // A new file for the owner only: nobody can plant a link under its name.
+    FileDesc file(::mkstemps(path.data(), static_cast<int>(suffix.size())));
+    if (file == -1) {
+        throw IOException(format("cannot create page '%s'", path.c_str()), errno);
+    }
+    if (!writeWhole(file, page) || file.close() != 0) {
+        const int error = errno;
+        ::unlink(path.c_str());
+        throw IOException(format("cannot write page '%s'", path.c_str()), error);
+    }
+    return path;
+}
+
+}  // namespace corvane

@@ -1,0 +1,143 @@
+// Commands that read the file system: a byte, a text, a directory.
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <log4cpp/Category.hh>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+#include "commands/command_file.h"
+#include "commands/command_log.h"
+#include "commands/corvane_server.h"
+#include "commands/file_details.h"
+#include "commands/xml_escape.h"
+#include "fileutil/file_info.h"
+#include "fileutil/paths.h"
+#include "text/strconv.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+using log4cpp::Category;
+
+constexpr std::size_t readBlock = 128 * 1024;
+
+void openToRead(CommandFile& file, const std::string& name, const CommandLog& log) {
+    if (!file.openForReading()) {
+        throw IOException(format("cannot open file '%s' for read", name.c_str()), errno);
+    }
+    log.debug(": open file '%s'", name.c_str());
+}
+
+int offsetOf(const std::string& text) {
+    return static_cast<int>(
+        std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT_MIN, INT_MAX));
+}
+
+int byteAt(FILE* file, int offset, const std::string& name) {
+    if (const int moved = std::fseek(file, offset, SEEK_SET); moved != 0) {
+        throw IOException(format("cannot move to offset %d on file '%s' (returns %d)", offset,
+                                 name.c_str(), moved),
+                          errno);
+    }
+    unsigned char byte = 0;
+    const std::size_t count = std::fread(&byte, 1, 1, file);
+    if (count == 1) {
+        return byte;
+    }
+    if (std::feof(file) != 0) {
+        throw IOException(
+            format("cannot read byte at offset %d on file '%s' due to EOF", offset, name.c_str()),
+            0);
+    }
+    throw IOException(format("cannot read byte at offset %d on file '%s' (fread returns %d)",
+                             offset, name.c_str(), static_cast<int>(count)),
+                      std::ferror(file));
+}
+
+struct EscapedText {
+    std::string text;
+    std::size_t bytesRead = 0;
+};
+
+EscapedText readEscaped(const CommandFile& file, const std::string& name) {
+    EscapedText result;
+    std::array<char, readBlock>
+        block;  // NOLINT(cppcoreguidelines-pro-type-member-init): fread fills it
+    try {
+        // Some room for entities, so that ordinary text never makes the string grow.
+        result.text.reserve(file.size() + file.size() / 16);
+        while (true) {
+            const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
+            appendEscaped({block.data(), count}, result.text);
+            result.bytesRead += count;
+            if (count == block.size()) {
+                continue;
+            }
+            if (std::feof(file.get()) == 0) {
+                throw IOException(format("read error on file '%s'", name.c_str()),
+                                  std::ferror(file.get()));
+            }
+            return result;
+        }
+    } catch (const std::bad_alloc&) {
+        throw IOException(format("file '%s' is too large to read", name.c_str()), ENOMEM);
+    } catch (const std::length_error&) {
+        throw IOException(format("file '%s' is too large to read", name.c_str()), ENOMEM);
+    }
+}
+
+}  // namespace
+
+void CorvaneServer::cmdReadByte(int sock, const std::string& cmd, std::istream& params) {
+    static Category& category = Category::getInstance("corvane.server.process.client.cmd.readByte");
+    const CommandLog log(category, sock, cmd);
+    const std::string name = strconv::utf82acs(getline(params));
+    const int offset = offsetOf(getline(params));
+    log.debug(": fname '%s' offset %d", name.c_str(), offset);
+    CommandFile file(name, log);
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            openToRead(file, name, log);
+            const CorvaneDetail detail("value", toString(byteAt(file.get(), offset, name)), false);
+            sendResult(sock, cmd, true, std::span(&detail, 1), "");
+        },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+void CorvaneServer::cmdReadText(int sock, const std::string& cmd, std::istream& params) {
+    static Category& category = Category::getInstance("corvane.server.process.client.cmd.readText");
+    const CommandLog log(category, sock, cmd);
+    const std::string name = strconv::utf82acs(getline(params));
+    log.debug(": fname '%s'", name.c_str());
+    CommandFile file(name, log);
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            openToRead(file, name, log);
+            EscapedText content = readEscaped(file, name);
+            log.debug(": read %ld bytes from file '%s'", static_cast<long>(content.bytesRead),
+                      name.c_str());
+            const CorvaneDetail detail("text", std::move(content.text), true);
+            sendResult(sock, cmd, true, std::span(&detail, 1), "");
+        },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+void CorvaneServer::cmdListDir(int sock, const std::string& cmd, std::istream& params) {
+    static Category& category = Category::getInstance("corvane.server.process.client.cmd.listDir");
+    const CommandLog log(category, sock, cmd);
+    const std::string path = correctDirectoryPath(getline(params));
+    log.debug(": dir '%s'", path.c_str());
+    orFailed(
+        sock, cmd, "",
+        [&] { sendResult(sock, cmd, true, files2details(scanDirectory(path)), path); },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+}  // namespace corvane

@@ -1,0 +1,147 @@
+// The commands about windows and the screen.
+#include <array>
+#include <log4cpp/Category.hh>
+
+#include "commands/command_log.h"
+#include "commands/corvane_server.h"
+#include "commands/wndutil.h"
+#include "text/strings.h"
+
+namespace corvane {
+namespace {
+
+using log4cpp::Category;
+
+int numberOf(const std::string& line, long def) { return static_cast<int>(toLong(line, def)); }
+
+// What a setWndPos request asks for. Numbers that the flags leave out are -1.
+struct Placement {
+    int flags = 0;
+    int x = -1;
+    int y = -1;
+    int width = -1;
+    int height = -1;
+    std::string window;
+};
+
+Placement readPlacement(std::istream& params) {
+    Placement wanted;
+    const std::string flags = Server::getline(params);
+    wanted.flags = numberOf(flags, 0);
+    if (wanted.flags == 0) {
+        throw Exception(format("Invalid flag '%s'", flags.c_str()));
+    }
+    if ((wanted.flags & wndutil::SET_POSITION) != 0) {
+        wanted.x = numberOf(Server::getline(params), -1);
+        wanted.y = numberOf(Server::getline(params), -1);
+    }
+    if ((wanted.flags & wndutil::SET_SIZE) != 0) {
+        wanted.width = numberOf(Server::getline(params), -1);
+        wanted.height = numberOf(Server::getline(params), -1);
+    }
+    wanted.window = Server::getline(params);
+    return wanted;
+}
+
+void place(const char* window, const Placement& wanted) {
+    wndutil::setWndPos(window, wanted.flags, wanted.x, wanted.y, wanted.width, wanted.height);
+}
+
+void placePlayer(const Placement& wanted) {
+    try {
+        place(wndutil::PLAYER_TITLE, wanted);
+    } catch (const Exception&) {
+        place(wndutil::OTHER_PLAYER_TITLE, wanted);
+    }
+}
+
+}  // namespace
+
+void CorvaneServer::sendRectangle(int sock, const std::string& cmd, int x, int y, int width,
+                                  int height) {
+    const std::array<CorvaneDetail, 4> details{CorvaneDetail("x", toString(x), false),
+                                               CorvaneDetail("y", toString(y), false),
+                                               CorvaneDetail("width", toString(width), false),
+                                               CorvaneDetail("height", toString(height), false)};
+    sendResult(sock, cmd, true, details, "");
+}
+
+void CorvaneServer::cmdGetWndRect(int sock, const std::string& cmd, std::istream& params) {
+    static Category& category =
+        Category::getInstance("corvane.server.process.client.cmd.getWndRect");
+    const CommandLog log(category, sock, cmd);
+    std::string name = getline(params);
+    if (name.empty()) {
+        name = wndutil::PLAYER_TITLE;
+    }
+    log.debug(": window name '%s'", name.c_str());
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            int x = 0;
+            int y = 0;
+            int width = 0;
+            int height = 0;
+            wndutil::getWndRect(name.c_str(), x, y, width, height);
+            sendRectangle(sock, cmd, x, y, width, height);
+        },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+void CorvaneServer::cmdGetScreenRect(int sock, const std::string& cmd, std::istream& /*params*/) {
+    static Category& category =
+        Category::getInstance("corvane.server.process.client.cmd.getScreenSize");
+    const CommandLog log(category, sock, cmd);
+    log.debug();
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            int x = 0;
+            int y = 0;
+            int width = 0;
+            int height = 0;
+            wndutil::getScreenRect(x, y, width, height);
+            sendRectangle(sock, cmd, x, y, width, height);
+        },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+void CorvaneServer::cmdSetWndPos(int sock, const std::string& cmd, std::istream& params) {
+    static Category& category =
+        Category::getInstance("corvane.server.process.client.cmd.setWndPos");
+    const CommandLog log(category, sock, cmd);
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            const Placement wanted = readPlacement(params);
+            log.debug(": window name '%s' flag %#x", wanted.window.c_str(),
+                      static_cast<unsigned>(wanted.flags));
+            if (wanted.window.empty()) {
+                placePlayer(wanted);
+            } else {
+                place(wanted.window.c_str(), wanted);
+            }
+            sendResult(sock, cmd, true, "");
+        },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+void CorvaneServer::cmdBringToFront(int sock, const std::string& cmd, std::istream& params) {
+    static Category& category =
+        Category::getInstance("corvane.server.process.client.cmd.bringToFront");
+    const CommandLog log(category, sock, cmd);
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            const std::string name = getline(params);
+            if (name.empty()) {
+                throw Exception("Window name is empty");
+            }
+            log.debug(": window name '%s'", name.c_str());
+            wndutil::bringToFront(name.c_str());
+            sendResult(sock, cmd, true, "");
+        },
+        [&log](const Exception& e) { log.failure(e); });
+}
+
+}  // namespace corvane

@@ -1,0 +1,118 @@
+#include "commands/xml_escape.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace corvane {
+namespace {
+
+bool isSpecial(char c) {
+    return c == '&' || c == '<' || c == '>' || c == '"' || c == '\'' || c == '\0';
+}
+
+// The name of the entity for a special character; null for NUL, which has none.
+const char* entityName(char c) {
+    switch (c) {
+        case '&':
+            return "amp";
+        case '<':
+            return "lt";
+        case '>':
+            return "gt";
+        case '"':
+            return "quot";
+        case '\'':
+            return "apos";
+        default:
+            return nullptr;
+    }
+}
+
+// Without an early exit the compiler turns the loop into vector instructions.
+constexpr std::size_t blockSize = 64;
+
+bool blockHasSpecial(const char* block) {
+    bool any = false;
+    for (std::size_t i = 0; i < blockSize; ++i) {
+        any |= isSpecial(block[i]);
+    }
+    return any;
+}
+
+// How many characters at the start of `text` need no escaping.
+std::size_t plainRun(std::string_view text) {
+    std::size_t at = 0;
+    while (text.size() - at >= blockSize && !blockHasSpecial(text.data() + at)) {
+        at += blockSize;
+    }
+    const auto* const found = std::find_if(text.begin() + at, text.end(), isSpecial);
+    return static_cast<std::size_t>(found - text.begin());
+}
+
+// Hands `plain` the runs that stay as they are and `entity` the names of those between them.
+template <typename Plain, typename Entity>
+void forEachRun(std::string_view text, Plain plain, Entity entity) {
+    while (!text.empty()) {
+        const std::size_t run = plainRun(text);
+        plain(text.substr(0, run));
+        if (run == text.size()) {
+            return;
+        }
+        if (const char* name = entityName(text[run]); name != nullptr) {
+            entity(name);
+        }
+        text.remove_prefix(run + 1);
+    }
+}
+
+std::string_view bytes(const char* text, int length) {
+    return {text, static_cast<std::size_t>(std::max(length, 0))};
+}
+
+}  // namespace
+
+void appendEscaped(std::string_view text, std::string& out) {
+    forEachRun(
+        text, [&out](std::string_view run) { out += run; },
+        [&out](const char* name) { writeEscapeTag(nullptr, &out, name); });
+}
+
+void escapeXml(const char* text, int length, std::ostream* out, std::string* str) {
+    if (out == nullptr) {
+        appendEscaped(bytes(text, length), *str);
+    } else {
+        escapeXml(text, length, *out);
+    }
+}
+
+void escapeXml(const char* text, int length, std::ostream& out) {
+    forEachRun(
+        bytes(text, length),
+        [&out](std::string_view run) {
+            out.write(run.data(), static_cast<std::streamsize>(run.size()));
+        },
+        [&out](const char* name) { writeEscapeTag(out, name); });
+}
+
+void writeEscapeTag(std::ostream* out, std::string* str, const char* name) {
+    if (out != nullptr) {
+        *out << '&' << name << ';';
+    } else {
+        *str += '&';
+        *str += name;
+        *str += ';';
+    }
+}
+
+void writeEscapeTag(std::ostream& out, const char* name) { writeEscapeTag(&out, nullptr, name); }
+
+void writeStringN(std::ostream* out, std::string* str, const char* text, int n) {
+    const std::string_view plain = bytes(text, n);
+    if (out != nullptr) {
+        out->write(plain.data(), static_cast<std::streamsize>(plain.size()));
+    } else {
+        *str += plain;
+    }
+}
+
+}  // namespace corvane
