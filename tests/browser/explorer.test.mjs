@@ -204,6 +204,7 @@ async function run() {
       }
       console.log(`ok - ${name}`);
     }
+    console.log(`ok - ${await movie.wire.check()} replies have the form they should have`);
   } finally {
     await movie?.close();
     await stack.stop();

@@ -4,6 +4,7 @@ import {appendFileSync} from "node:fs";
 import {join} from "node:path";
 import {setTimeout as pause} from "node:timers/promises";
 import {chromium} from "playwright-core";
+import {Wire} from "./wire.mjs";
 
 const PATIENCE = 10000; // milliseconds until what should appear counts as missing
 const PAINTING = 300; // milliseconds that the runtime needs to paint what the movie has changed
@@ -13,6 +14,9 @@ const ARGUMENTS = [
 ];
 
 export class Movie {
+  /** What the movie and the server say to each other. */
+  wire;
+
   #context;
   #page;
   #results;
@@ -27,6 +31,7 @@ export class Movie {
       viewport: {width: 800, height: 600}, // the movie's size: positions on the stage are those on the page
     });
     movie.#page = movie.#context.pages()[0];
+    movie.wire = await Wire.tap(movie.#page);
     movie.#page.on("console", (line) => appendFileSync(join(results, "console.log"), line.text() + "\n"));
     await movie.#page.goto(url);
     await movie.#page.waitForFunction(() => typeof window.movie?.state === "function", null, {timeout: 30000});
