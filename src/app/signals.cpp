@@ -14,9 +14,9 @@ void install(int sig, void (*handler)(int)) {
     action.sa_handler = handler;
     // A handler runs to its end before another one starts; a child that only stops is no event.
     action.sa_flags = SA_RESTART | SA_NOCLDSTOP;
-    ::sigemptyset(&action.sa_mask);
+    sigemptyset(&action.sa_mask);
     for (const int other : {SIGTERM, SIGINT, SIGCHLD}) {
-        ::sigaddset(&action.sa_mask, other);
+        sigaddset(&action.sa_mask, other);
     }
     ::sigaction(sig, &action, nullptr);
 }
