@@ -7,18 +7,21 @@
 namespace corvane::bench {
 
 Arguments::Arguments(int argc, char** argv) {
-    if (argc < 2)
+    if (argc < 2) {
         throw std::invalid_argument("a mode is missing");
+    }
     mode_ = argv[1];
     int index = 2;
     for (; index < argc && std::string(argv[index]) != "--"; index += 2) {
         const std::string option = argv[index];
-        if (option.rfind("--", 0) != 0 || index + 1 == argc)
+        if (option.rfind("--", 0) != 0 || index + 1 == argc) {
             throw std::invalid_argument("not an option with a value: " + option);
+        }
         values_[option.substr(2)] = argv[index + 1];
     }
-    if (index < argc)
+    if (index < argc) {
         command_.assign(argv + index + 1, argv + argc);
+    }
 }
 
 std::string Arguments::text(const std::string& name, const std::string& fallback) const {
@@ -33,8 +36,9 @@ int Arguments::number(const std::string& name, int fallback) const {
 
 std::string readWholeFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    if (!file)
+    if (!file) {
         throw std::runtime_error("cannot read " + path);
+    }
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -19,8 +19,9 @@ inline std::int64_t nowNanos() {
 
 /// The value below which `percent` of 100 samples lie, in microseconds; sorts the samples.
 inline double percentileMicros(std::vector<std::int64_t>& samples, double percent) {
-    if (samples.empty())
+    if (samples.empty()) {
         return 0;
+    }
     std::sort(samples.begin(), samples.end());
     const auto last = static_cast<double>(samples.size() - 1);
     return static_cast<double>(samples[static_cast<std::size_t>(last * percent / 100)]) / 1000;

@@ -14,7 +14,7 @@ namespace corvane::bench {
 
 namespace {
 
-constexpr std::size_t RECEIVE_BLOCK = 256 * 1024;
+constexpr std::size_t RECEIVE_BLOCK = 256UL * 1024;
 constexpr std::size_t CHECKED_BYTES = 512;
 constexpr int BACKLOG = 128;
 
@@ -28,8 +28,9 @@ sockaddr_in loopback(int port) {
 
 Descriptor newSocket() {
     Descriptor created(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (created.get() == -1)
+    if (created.get() == -1) {
         throwErrno("socket");
+    }
     return created;
 }
 
@@ -44,8 +45,9 @@ Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
 }
 
 void Descriptor::close() {
-    if (descriptor_ != -1)
+    if (descriptor_ != -1) {
         ::close(std::exchange(descriptor_, -1));
+    }
 }
 
 void throwErrno(const char* action) {
@@ -56,8 +58,9 @@ Descriptor connectTo(int port) {
     Descriptor connection = newSocket();
     const sockaddr_in address = loopback(port);
     if (::connect(connection.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
-        0)
+        0) {
         throwErrno("connect");
+    }
     return connection;
 }
 
@@ -67,23 +70,26 @@ Descriptor listenOnLoopback(int& port) {
     socklen_t length = sizeof address;
     auto* generic = reinterpret_cast<sockaddr*>(&address);
     if (::bind(listener.get(), generic, length) != 0 || ::listen(listener.get(), BACKLOG) != 0 ||
-        ::getsockname(listener.get(), generic, &length) != 0)
+        ::getsockname(listener.get(), generic, &length) != 0) {
         throwErrno("listen");
+    }
     port = ntohs(address.sin_port);
     return listener;
 }
 
 void setNoDelay(int socket) {
     const int on = 1;
-    if (::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0)
+    if (::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on) != 0) {
         throwErrno("setsockopt");
+    }
 }
 
 void sendAll(int socket, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent == -1)
+        if (sent == -1) {
             throwErrno("send");
+        }
         bytes.remove_prefix(static_cast<std::size_t>(sent));
     }
 }
@@ -96,8 +102,9 @@ void sendAll(int socket, std::span<iovec> parts) {
         message.msg_iov = parts.data();
         message.msg_iovlen = parts.size();
         const ssize_t result = ::sendmsg(socket, &message, MSG_NOSIGNAL);
-        if (result == -1)
+        if (result == -1) {
             throwErrno("sendmsg");
+        }
         auto sent = static_cast<std::size_t>(result);
         while (!parts.empty() && sent >= parts.front().iov_len) {
             sent -= parts.front().iov_len;
@@ -122,21 +129,25 @@ std::size_t ReplyReader::receive(int socket) {
 
 bool ReplyReader::receiveSome(int socket, std::size_t& size) {
     const ssize_t result = ::recv(socket, block_.data(), block_.size(), 0);
-    if (result == -1)
+    if (result == -1) {
         throwErrno("recv");
-    if (result == 0)
+    }
+    if (result == 0) {
         throw std::runtime_error("the server closed the connection before its reply was complete");
+    }
     const auto received = static_cast<std::size_t>(result);
-    if (size == 0)
+    if (size == 0) {
         check({block_.data(), received});
+    }
     size += received;
     return block_[received - 1] == terminator_;
 }
 
 void ReplyReader::check(std::string_view beginning) const {
     beginning = beginning.substr(0, CHECKED_BYTES);
-    if (beginning.find(expected_) == std::string_view::npos)
+    if (beginning.find(expected_) == std::string_view::npos) {
         throw std::runtime_error("unexpected reply: " + std::string(beginning));
+    }
 }
 
 }  // namespace corvane::bench

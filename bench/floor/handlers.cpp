@@ -24,19 +24,22 @@ constexpr std::string_view READ_TRAILER{"</Detail></Header></CorvaneMsg>\0", 32}
 /// Reads the file behind each other into `content`, each block scanned while it is in the cache.
 std::size_t readAndScan(int file, Buffer& content) {
     struct stat status {};
-    if (::fstat(file, &status) != 0)
+    if (::fstat(file, &status) != 0) {
         throwErrno("fstat");
+    }
     content.room(0, static_cast<std::size_t>(status.st_size) + BLOCK + 1);
     std::size_t size = 0;
     for (;;) {
         char* block = content.room(size, BLOCK + 1);
         const ssize_t result = ::read(file, block, BLOCK);
-        if (result <= 0)
+        if (result <= 0) {
             return size;
+        }
         const auto received = static_cast<std::size_t>(result);
         block[received] = '\0';
-        if (std::strcspn(block, "&<>\"'") != received)
+        if (std::strcspn(block, "&<>\"'") != received) {
             throw std::runtime_error("the floor reads plain text only");
+        }
         size += received;
     }
 }
@@ -66,8 +69,9 @@ Handler writeFile() {
         const std::string path(parameter(request));
         const std::string_view data = request.substr(std::strlen("write\n") + path.size() + 1);
         const Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-        if (::write(file.get(), data.data(), data.size()) != static_cast<ssize_t>(data.size()))
+        if (::write(file.get(), data.data(), data.size()) != static_cast<ssize_t>(data.size())) {
             throwErrno("write");
+        }
         sendAll(socket, reply);
     };
 }

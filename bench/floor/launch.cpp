@@ -10,13 +10,24 @@
 
 namespace corvane::bench {
 
+namespace {
+
+void letTheSystemReap() {
+    if (::signal(SIGCHLD, SIG_IGN) == SIG_ERR) {
+        throwErrno("signal");
+    }
+}
+
+}  // namespace
+
 Handler launchByFork() {
-    ::signal(SIGCHLD, SIG_IGN);  // the system reaps the programs
+    letTheSystemReap();
     return [reply = plainSuccess("execute")](int socket, std::string_view request) {
         const std::string path(parameter(request));
         const pid_t child = ::fork();
-        if (child == -1)
+        if (child == -1) {
             throwErrno("fork");
+        }
         if (child == 0) {
             ::close_range(0, ~0U, 0);
             std::array<char*, 2> arguments{const_cast<char*>(path.c_str()), nullptr};
@@ -28,7 +39,7 @@ Handler launchByFork() {
 }
 
 Handler launchBySpawn() {
-    ::signal(SIGCHLD, SIG_IGN);
+    letTheSystemReap();
     return [reply = plainSuccess("execute")](int socket, std::string_view request) {
         const std::string path(parameter(request));
         std::array<char*, 2> arguments{const_cast<char*>(path.c_str()), nullptr};
@@ -39,8 +50,9 @@ Handler launchBySpawn() {
         const int error =
             ::posix_spawn(&child, path.c_str(), &actions, nullptr, arguments.data(), environ);
         ::posix_spawn_file_actions_destroy(&actions);
-        if (error != 0)
+        if (error != 0) {
             throw std::system_error(error, std::generic_category(), "posix_spawn");
+        }
         sendAll(socket, reply);
     };
 }

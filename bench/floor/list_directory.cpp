@@ -23,21 +23,24 @@ struct Entry {
 
 std::string sortKey(std::string_view name) {
     std::string key(name);
-    for (char& c : key)
+    for (char& c : key) {
         c = static_cast<char>(c | 0x20);
+    }
     return key;
 }
 
 std::vector<Entry> scan(const std::string& path) {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
-    if (!directory)
+    if (!directory) {
         throwErrno("opendir");
+    }
     const int descriptor = ::dirfd(directory.get());
     std::vector<Entry> entries;
     while (const dirent* found = ::readdir(directory.get())) {
         const std::string_view name = found->d_name;
-        if (name == "." || name == "..")
+        if (name == "." || name == "..") {
             continue;
+        }
         const bool isDirectory = found->d_type == DT_DIR;
         const bool isReadOnly =
             !isDirectory && ::faccessat(descriptor, found->d_name, W_OK, 0) != 0;
@@ -62,8 +65,9 @@ std::string replyText(const std::string& path, const std::vector<Entry>& entries
     reply.append(
         R"(<CorvaneMsg><Header id="info" Type="RESULT" Action="listDir" Result="SUCCESS")");
     reply.append(R"( hint=")").append(path).append(R"(">)");
-    for (const Entry& entry : entries)
+    for (const Entry& entry : entries) {
         appendEntry(reply, entry);
+    }
     reply.append("</Header></CorvaneMsg>");
     reply += '\0';
     return reply;

@@ -1,6 +1,6 @@
 // The floor servers: the fastest that the machine allows for each kind of request.
-#include <cstdio>
 #include <exception>
+#include <iostream>
 #include <stdexcept>
 
 #include "bench/common/arguments.h"
@@ -12,19 +12,25 @@ namespace {
 
 /// `fixed` is the file that holds the reply of the loop floor.
 void serveMode(const std::string& mode, const std::string& fixed) {
-    if (mode == "loop")
+    if (mode == "loop") {
         serve(fixedReply(readWholeFile(fixed) + '\0'), {.noDelay = false});
+    }
     const FloorOptions large{.noDelay = true};
-    if (mode == "write")
+    if (mode == "write") {
         serve(writeFile(), large);
-    if (mode == "read")
+    }
+    if (mode == "read") {
         serve(readFile(), large);
-    if (mode == "list")
+    }
+    if (mode == "list") {
         serve(listDirectory(), large);
-    if (mode == "fork")
+    }
+    if (mode == "fork") {
         serve(launchByFork(), large);
-    if (mode == "spawn")
+    }
+    if (mode == "spawn") {
         serve(launchBySpawn(), large);
+    }
     throw std::invalid_argument(
         "usage: floor loop --reply FILE | write | read | list | fork | spawn");
 }
@@ -38,7 +44,7 @@ int main(int argc, char** argv) {
         const corvane::bench::Arguments arguments(argc, argv);
         corvane::bench::serveMode(arguments.mode(), arguments.text("reply", ""));
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "floor: %s\n", error.what());
+        std::cerr << "floor: " << error.what() << '\n';
     }
     return 1;
 }

@@ -4,8 +4,8 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <new>
 #include <vector>
 
@@ -21,10 +21,10 @@ class FloorServer {
         : handler_(handler), options_(options), listener_(listenOnLoopback(port_)) {}
 
     [[noreturn]] void run() {
-        std::printf("Listening on 127.0.0.1:%d\n", port_);
-        std::fflush(stdout);
-        for (;;)
+        std::cout << "Listening on 127.0.0.1:" << port_ << std::endl;
+        for (;;) {
             serveOne();
+        }
     }
 
   private:
@@ -37,12 +37,14 @@ class FloorServer {
             FD_SET(client.get(), &ready);
             highest = std::max(highest, client.get());
         }
-        if (::select(highest + 1, &ready, nullptr, nullptr, nullptr) == -1)
+        if (::select(highest + 1, &ready, nullptr, nullptr, nullptr) == -1) {
             return;
+        }
         for (auto client = clients_.begin(); client != clients_.end(); ++client) {
             if (FD_ISSET(client->get(), &ready)) {
-                if (!answer(client->get()))
+                if (!answer(client->get())) {
                     clients_.erase(client);
+                }
                 return;
             }
         }
@@ -51,10 +53,12 @@ class FloorServer {
 
     void accept() {
         Descriptor client(::accept(listener_.get(), nullptr, nullptr));
-        if (client.get() == -1)
+        if (client.get() == -1) {
             return;
-        if (options_.noDelay)
+        }
+        if (options_.noDelay) {
             setNoDelay(client.get());
+        }
         clients_.push_back(std::move(client));
     }
 
@@ -63,8 +67,9 @@ class FloorServer {
         std::size_t size = 0;
         do {
             const ssize_t received = ::recv(socket, request_.room(size, BLOCK), BLOCK, 0);
-            if (received <= 0)
+            if (received <= 0) {
                 return false;
+            }
             size += static_cast<std::size_t>(received);
         } while (request_.data()[size - 1] != '\0');
         handler_(socket, {request_.data(), size - 1});
@@ -87,8 +92,9 @@ char* Buffer::room(std::size_t used, std::size_t wanted) {
     if (capacity_ < used + wanted) {
         const std::size_t capacity = std::max(used + wanted, 2 * capacity_);
         void* grown = std::realloc(data_, capacity);
-        if (grown == nullptr)
+        if (grown == nullptr) {
             throw std::bad_alloc();
+        }
         data_ = static_cast<char*>(grown);
         capacity_ = capacity;
     }

@@ -36,6 +36,6 @@ class Buffer {
     std::size_t capacity_ = 0;
 };
 
-constexpr std::size_t BLOCK = 64 * 1024;
+constexpr std::size_t BLOCK = 64UL * 1024;
 
 }  // namespace corvane::bench

@@ -19,8 +19,9 @@ std::int64_t receiveStamp(int fifo) {
     pollfd wanted{fifo, POLLIN, 0};
     std::int64_t stamp = 0;
     if (::poll(&wanted, 1, START_TIMEOUT_MILLIS) != 1 ||
-        ::read(fifo, &stamp, sizeof stamp) != sizeof stamp)
+        ::read(fifo, &stamp, sizeof stamp) != sizeof stamp) {
         throw std::runtime_error("the program that was to be started gave no sign of life");
+    }
     return stamp;
 }
 
@@ -31,8 +32,9 @@ Measurement runLaunch(const Workload& load, const std::string& fifo) {
     ReplyReader reader(load.terminator, load.expected);
     // Open for both directions, so that neither this open nor the program's waits for the other.
     const Descriptor stamps(::open(fifo.c_str(), O_RDWR | O_CLOEXEC));
-    if (stamps.get() == -1)
+    if (stamps.get() == -1) {
         throwErrno("open fifo");
+    }
     const Descriptor connection = connectTo(load.port);
     setNoDelay(connection.get());
 

@@ -1,6 +1,7 @@
 // Load generator: drives one server and prints one line of JSON with the times of its replies.
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <stdexcept>
 
 #include "bench/common/arguments.h"
@@ -15,7 +16,7 @@ constexpr const char* USAGE =
     "usage: load requests|churn|launch|startup --port N (--text TEXT | --file FILE)\n"
     "            [--terminator BYTE] [--expect TEXT] [--connections N] [--requests N] [--warmup "
     "N]\n"
-    "            [--fifo FILE] [-- COMMAND...]\n";
+    "            [--remove FILE] [--fifo FILE] [-- COMMAND...]\n";
 
 Workload workloadFrom(const Arguments& arguments) {
     Workload load;
@@ -25,6 +26,7 @@ Workload workloadFrom(const Arguments& arguments) {
     load.request = file.empty() ? arguments.text("text", "") : readWholeFile(file);
     load.request += load.terminator;
     load.expected = arguments.text("expect", "");
+    load.remove = arguments.text("remove", "");
     load.connections = arguments.number("connections", 1);
     load.requests = arguments.number("requests", 1);
     load.warmup = arguments.number("warmup", 0);
@@ -33,14 +35,18 @@ Workload workloadFrom(const Arguments& arguments) {
 
 Measurement run(const Arguments& arguments) {
     const Workload load = workloadFrom(arguments);
-    if (arguments.mode() == "requests")
+    if (arguments.mode() == "requests") {
         return load.connections == 1 ? runOneConnection(load) : runManyConnections(load);
-    if (arguments.mode() == "churn")
+    }
+    if (arguments.mode() == "churn") {
         return runChurn(load);
-    if (arguments.mode() == "launch")
+    }
+    if (arguments.mode() == "launch") {
         return runLaunch(load, arguments.text("fifo", ""));
-    if (arguments.mode() == "startup")
+    }
+    if (arguments.mode() == "startup") {
         return runStartup(load, arguments.command());
+    }
     throw std::invalid_argument("unknown mode " + arguments.mode());
 }
 
@@ -64,9 +70,9 @@ int main(int argc, char** argv) {
         corvane::bench::print(result);
         return 0;
     } catch (const std::invalid_argument& error) {
-        std::fprintf(stderr, "load: %s\n%s", error.what(), corvane::bench::USAGE);
+        std::cerr << "load: " << error.what() << '\n' << corvane::bench::USAGE;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "load: %s\n", error.what());
+        std::cerr << "load: " << error.what() << '\n';
     }
     return 1;
 }

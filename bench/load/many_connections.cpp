@@ -40,8 +40,9 @@ Descriptor watch(std::vector<Client>& clients) {
         epoll_event event{};
         event.events = EPOLLIN;
         event.data.ptr = &client;
-        if (::epoll_ctl(poll.get(), EPOLL_CTL_ADD, client.connection.get(), &event) != 0)
+        if (::epoll_ctl(poll.get(), EPOLL_CTL_ADD, client.connection.get(), &event) != 0) {
             throwErrno("epoll_ctl");
+        }
     }
     return poll;
 }
@@ -54,13 +55,15 @@ class Run {
     Measurement drive(std::vector<Client>& clients) {
         const Descriptor poll = watch(clients);
         begin_ = nowNanos();
-        for (Client& client : clients)
+        for (Client& client : clients) {
             send(client);
+        }
         while (done_ < load_.warmup + load_.requests) {
             std::array<epoll_event, MAX_EVENTS> events{};
             const int ready = ::epoll_wait(poll.get(), events.data(), MAX_EVENTS, -1);
-            for (int i = 0; i < ready; ++i)
+            for (int i = 0; i < ready; ++i) {
                 receive(*static_cast<Client*>(events[static_cast<std::size_t>(i)].data.ptr));
+            }
         }
         result_.seconds = static_cast<double>(nowNanos() - begin_) / 1e9;
         return std::move(result_);
@@ -68,8 +71,9 @@ class Run {
 
   private:
     void send(Client& client) {
-        if (sent_ == load_.warmup + load_.requests)
+        if (sent_ == load_.warmup + load_.requests) {
             return;
+        }
         ++sent_;
         client.received = 0;
         client.sent = nowNanos();
@@ -77,14 +81,16 @@ class Run {
     }
 
     void receive(Client& client) {
-        if (!reader_.receiveSome(client.connection.get(), client.received))
+        if (!reader_.receiveSome(client.connection.get(), client.received)) {
             return;
+        }
         result_.replyBytes = client.received;
         const std::int64_t now = nowNanos();
-        if (++done_ > load_.warmup)
+        if (++done_ > load_.warmup) {
             result_.samples.push_back(now - client.sent);
-        else if (done_ == load_.warmup)
+        } else if (done_ == load_.warmup) {
             begin_ = now;
+        }
         send(client);
     }
 

@@ -1,8 +1,22 @@
+#include <unistd.h>
+
 #include "bench/common/clock.h"
 #include "bench/common/net.h"
 #include "bench/load/workload.h"
 
 namespace corvane::bench {
+
+namespace {
+
+/// Removing belongs to no sample: a file that is written anew costs less than one that is
+/// truncated, which some file systems write to the disk at once.
+void prepare(const Workload& load) {
+    if (!load.remove.empty()) {
+        ::unlink(load.remove.c_str());
+    }
+}
+
+}  // namespace
 
 Measurement runOneConnection(const Workload& load) {
     Measurement result;
@@ -11,20 +25,17 @@ Measurement runOneConnection(const Workload& load) {
     const Descriptor connection = connectTo(load.port);
     setNoDelay(connection.get());
 
-    for (int i = 0; i < load.warmup; ++i) {
-        sendAll(connection.get(), load.request);
-        reader.receive(connection.get());
-    }
-    const std::int64_t begin = nowNanos();
-    std::int64_t sent = begin;
-    for (int i = 0; i < load.requests; ++i) {
+    for (int i = -load.warmup; i < load.requests; ++i) {
+        prepare(load);
+        const std::int64_t sent = nowNanos();
         sendAll(connection.get(), load.request);
         result.replyBytes = reader.receive(connection.get());
-        const std::int64_t done = nowNanos();
-        result.samples.push_back(done - sent);
-        sent = done;
+        const std::int64_t took = nowNanos() - sent;
+        if (i >= 0) {
+            result.samples.push_back(took);
+            result.seconds += static_cast<double>(took) / 1e9;
+        }
     }
-    result.seconds = static_cast<double>(sent - begin) / 1e9;
     return result;
 }
 
@@ -34,15 +45,17 @@ Measurement runChurn(const Workload& load) {
     std::int64_t begin = 0;
     std::int64_t opened = nowNanos();
     for (int i = -load.warmup; i < load.requests; ++i) {
-        if (i == 0)
+        if (i == 0) {
             begin = opened;
+        }
         Descriptor connection = connectTo(load.port);
         sendAll(connection.get(), load.request);
         result.replyBytes = reader.receive(connection.get());
         connection.close();
         const std::int64_t closed = nowNanos();
-        if (i >= 0)
+        if (i >= 0) {
             result.samples.push_back(closed - opened);
+        }
         opened = closed;
     }
     result.seconds = static_cast<double>(opened - begin) / 1e9;

@@ -22,18 +22,22 @@ class Program {
   public:
     explicit Program(const std::vector<std::string>& command) {
         std::vector<char*> arguments;
-        for (const std::string& argument : command)
+        arguments.reserve(command.size() + 1);
+        for (const std::string& argument : command) {
             arguments.push_back(const_cast<char*>(argument.c_str()));
+        }
         arguments.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         ::posix_spawn_file_actions_init(&actions);
-        for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
             ::posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_WRONLY, 0);
+        }
         const int error =
             ::posix_spawn(&id_, arguments[0], &actions, nullptr, arguments.data(), environ);
         ::posix_spawn_file_actions_destroy(&actions);
-        if (error != 0)
+        if (error != 0) {
             throw std::system_error(error, std::generic_category(), arguments[0]);
+        }
     }
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
@@ -51,11 +55,13 @@ Descriptor connectWhenListening(int port, std::int64_t begin) {
         try {
             return connectTo(port);
         } catch (const std::system_error& error) {
-            if (error.code() != std::errc::connection_refused)
+            if (error.code() != std::errc::connection_refused) {
                 throw;
+            }
         }
-        if (nowNanos() - begin > START_LIMIT_NANOS)
+        if (nowNanos() - begin > START_LIMIT_NANOS) {
             throw std::runtime_error("the server does not listen");
+        }
         ::usleep(20);  // leaves the core to the server when there is only one
     }
 }
@@ -63,8 +69,9 @@ Descriptor connectWhenListening(int port, std::int64_t begin) {
 }  // namespace
 
 Measurement runStartup(const Workload& load, const std::vector<std::string>& command) {
-    if (command.empty())
+    if (command.empty()) {
         throw std::invalid_argument("startup needs a command after --");
+    }
     Measurement result;
     ReplyReader reader(load.terminator, load.expected);
     for (int i = -load.warmup; i < load.requests; ++i) {

@@ -14,6 +14,7 @@ struct Workload {
     std::string request;     // as sent, terminator included
     char terminator = '\0';  // last byte of a reply
     std::string expected;    // text that every reply must contain
+    std::string remove;      // file that is removed before each request of one connection
     int connections = 1;
     int requests = 1;  // measured ones
     int warmup = 0;    // sent before them and not counted

@@ -1,0 +1,127 @@
+"""P1 to P4 and P10: short requests. Generator and server share one core, so that what is
+measured is work and not the wake-up of an idle core."""
+
+from contextlib import contextmanager
+
+import machine
+from measure import Check, Figure, Generator, measure, take
+from servers import require_equal_replies, running
+from test_data import directory_of, text_file
+
+CORE = machine.SERVER_CORE
+
+
+@contextmanager
+def against_the_loop(shop, priority="NOTICE", peers=True):
+    """Ours, the loop floor with a reply of the same size and redis."""
+    ours = shop.corvane(CORE, priority)
+    with running(ours):
+        others = [shop.loop_floor(CORE, ours.ask(ours.ping))]
+        if peers:
+            others.append(shop.redis(CORE))
+        with running(*others) as servers:
+            yield {"ours": ours} | servers
+
+
+def one_client(shop, settings):
+    generator = Generator(shop.programs, CORE)
+    checks = [Check(1.10, ("floor",)), Check(1.00, ("redis",))]
+
+    def figures(samples):
+        return [
+            Figure("P1", "currentDir, 1 client, NOTICE: p50", "us", take(samples, "p50_us"), checks),
+            Figure("P1", "the same: server CPU of a request", "us", take(samples, "cpu_us"), checks),
+        ]
+
+    with against_the_loop(shop) as servers:
+        return measure(settings, {
+            name: lambda s=server: generator.with_cpu(s, s.ping, settings.requests)
+            for name, server in servers.items()
+        }, figures)
+
+
+def fifty_clients(shop, settings):
+    generator = Generator(shop.programs, CORE)
+
+    def figures(samples):
+        return [Figure("P2", "currentDir, 50 clients, NOTICE", "1/s", take(samples, "per_second"),
+                       [Check(0.92, ("floor",), at_least=True)])]
+
+    with against_the_loop(shop) as servers:
+        return measure(settings, {
+            name: lambda s=server: generator.run("requests", s, requests=settings.requests,
+                                                 connections=50, warmup=settings.requests // 10)
+            for name, server in servers.items()
+        }, figures)
+
+
+def with_debug_log(shop, settings):
+    """The loop floor answers with a reply of the same size, for either request."""
+    generator = Generator(shop.programs, CORE)
+    result = []
+    requests = {"currentDir": "currentDir", "readText of 1 KiB": f"readText\n{text_file(shop, 1024)}"}
+    for work, request in requests.items():
+        ours = shop.corvane(CORE, "DEBUG")
+        with running(ours):
+            floors = [shop.loop_floor(CORE, ours.ask(request))]
+            if request.startswith("readText"):
+                floors.append(renamed(shop.floor(CORE, "read"), "read floor"))
+
+            def figures(samples, work=work, rival="read floor" if len(floors) == 2 else "floor"):
+                return [Figure("P3", f"{work}, 1 client, DEBUG: p50", "us", take(samples, "p50_us"),
+                               [Check(1.90, (rival,), better=1.50)])]
+
+            with running(*floors) as servers:
+                result += measure(settings, {
+                    name: lambda s=server, r=request: generator.with_cpu(s, r, settings.requests)
+                    for name, server in ({"ours": ours} | servers).items()
+                }, figures)
+    return result
+
+
+def renamed(server, name):
+    server.name = name
+    return server
+
+
+def churn(shop, settings):
+    generator = Generator(shop.programs, CORE)
+    requests = settings.count(2000)
+
+    def figures(samples):
+        return [Figure("P4", "connect, currentDir, close, NOTICE: p50", "us",
+                       take(samples, "p50_us"),
+                       [Check(1.08, ("floor",)), Check(1.00, ("redis",))])]
+
+    with against_the_loop(shop) as servers:
+        return measure(settings, {
+            name: lambda s=server: generator.run("churn", s, requests=requests, warmup=100)
+            for name, server in servers.items()
+        }, figures)
+
+
+def against_peers(shop, settings):
+    """The same work by servers as Node and Python developers would write them."""
+    generator = Generator(shop.programs, CORE)
+    directory = directory_of(shop, 100)
+    cases = [
+        ("currentDir, 1 client", "requests", "currentDir", settings.requests, 0.70),
+        ("connect, currentDir, close", "churn", "currentDir", settings.count(2000), 0.70),
+        ("readText of 1 KiB", "requests", f"readText\n{text_file(shop, 1024)}", settings.requests // 2, 0.50),
+        ("listDir of 100 entries", "requests", f"listDir\n{directory}/", settings.count(2000), 0.50),
+    ]
+    result = []
+    with running(shop.corvane(CORE), shop.node(CORE), shop.asyncio(CORE)) as servers:
+        for work, mode, request, requests, limit in cases:
+            require_equal_replies(servers.values(), request)
+
+            def figures(samples, work=work, limit=limit):
+                return [Figure("P10", f"{work}, NOTICE: p50", "us", take(samples, "p50_us"),
+                               [Check(limit, ("Node", "asyncio"))])]
+
+            result += measure(settings, {
+                name: lambda s=server, m=mode, r=request, n=requests:
+                    generator.run(m, s, r, requests=n, warmup=n // 10)
+                for name, server in servers.items()
+            }, figures)
+    return result
