@@ -146,10 +146,17 @@ ChildProcess::~ChildProcess() {
     if (hasEnded()) {
         return;
     }
-    kill(pid_, SIGTERM);
+    ::kill(pid_, SIGTERM);
     if (!waitUntil([this] { return hasEnded(); })) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
+        kill();
+    }
+}
+
+void ChildProcess::kill() {
+    if (!hasEnded()) {
+        ::kill(pid_, SIGKILL);
+        waitpid(pid_, &status_, 0);
+        pid_ = -1;
     }
 }
 

@@ -72,6 +72,9 @@ class ChildProcess {
     /// Whether it has ended; collects its status.
     bool hasEnded();
 
+    /// Ends the program at once, without a chance to clean up.
+    void kill();
+
     /// Waits for the end and returns the exit status, or 128 plus the signal's number. Throws when
     /// the program does not end in time.
     int wait();

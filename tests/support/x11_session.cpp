@@ -101,6 +101,13 @@ void X11Session::startServer() {
     throw std::runtime_error("Xvfb does not start: " + contentOf(log));
 }
 
+void X11Session::killManager() {
+    if (manager_) {
+        manager_->kill();
+        manager_.reset();
+    }
+}
+
 // A window that is mapped while openbox is still starting may never be taken over, so its last
 // step, the start-up command, is what tells that it is ready.
 void X11Session::startManager() {

@@ -50,8 +50,9 @@ class X11Session {
 
     bool hasManager() const { return manager_ != nullptr; }
 
-    /// Ends the window manager before its time; the windows stay.
-    void endManager() { manager_.reset(); }
+    /// Lets the window manager die without cleaning up: the windows stay, and so does what it
+    /// announced of itself on the root window.
+    void killManager();
 
   private:
     void startServer();

@@ -91,7 +91,7 @@ TEST_P(Report, WorksWithClosedDescriptors) {
 TEST(ReportAfterManager, IsNotMisledByWhatADeadWindowManagerLeft) {
     X11Session session;
     const TestWindow early(session, {.wmName = "Early"});
-    session.endManager();
+    session.killManager();
     const TestWindow late(session, {.wmName = "Late"});
     EXPECT_EQ(reportedRectangle(session, "Early"), early.rectangle());
     EXPECT_EQ(reportedRectangle(session, "Late"), late.rectangle());
