@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <log4cpp/Category.hh>
 
@@ -80,12 +81,16 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
 // Waits for the next bytes and looks at them, behind what `out` holds. Returns how many they are.
 std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const {
     const std::size_t look = out.size() == 0 ? firstLook : laterLook;
+    if (out.size() > 0) {
+        deliverPendingSignals();  // a client that sends without a pause lets no wait happen
+    }
     while (true) {
+        if (deadline && std::chrono::steady_clock::now() >= *deadline) {
+            throw Exception(format("request is not complete after %d s", requestTimeout));
+        }
         const ssize_t seen = ::recv(sock, out.room(look), look, MSG_PEEK | MSG_DONTWAIT);
         if (seen == -1 && (errno == EAGAIN || errno == EINTR)) {
-            if (!waitForSocket(sock, Direction::Read, deadline)) {
-                throw Exception(format("request is not complete after %d s", requestTimeout));
-            }
+            static_cast<void>(waitForSocket(sock, Direction::Read, deadline));
             continue;
         }
         checkRecvStatus(sock, seen);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <initializer_list>
 
 #include "text/log.h"
 
@@ -18,6 +19,8 @@ sigset_t insideWaits;
 bool signalsHeld = false;
 volatile std::sig_atomic_t stopWanted = 0;
 
+constexpr std::initializer_list<int> heldSignals = {SIGTERM, SIGINT, SIGCHLD};
+
 timespec timeLeft(steady_clock::time_point deadline) {
     const nanoseconds left =
         std::max(nanoseconds::zero(), duration_cast<nanoseconds>(deadline - steady_clock::now()));
@@ -30,18 +33,31 @@ timespec timeLeft(steady_clock::time_point deadline) {
 void deliverSignalsOnlyInWaits() {
     sigset_t held;
     sigemptyset(&held);
-    for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
+    for (const int sig : heldSignals) {
         sigaddset(&held, sig);
     }
     ::sigprocmask(SIG_BLOCK, &held, &insideWaits);
     // A parent may have left them blocked; the server must be stoppable all the same.
-    for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
+    for (const int sig : heldSignals) {
         sigdelset(&insideWaits, sig);
     }
     signalsHeld = true;
 }
 
 const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
+
+bool deliverPendingSignals() {
+    sigset_t pending;
+    if (!signalsHeld || ::sigpending(&pending) != 0 ||
+        std::none_of(heldSignals.begin(), heldSignals.end(),
+                     [&pending](int sig) { return sigismember(&pending, sig) == 1; })) {
+        return false;
+    }
+    sigset_t held;
+    ::sigprocmask(SIG_SETMASK, &insideWaits, &held);
+    ::sigprocmask(SIG_SETMASK, &held, nullptr);
+    return true;
+}
 
 void requestStop() { stopWanted = 1; }
 
@@ -53,6 +69,11 @@ Deadline deadlineAfter(int secondsAway) {
 
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
     flushLog();
+    // pselect does not let signals in when a socket is ready at once, as under steady load.
+    if (deliverPendingSignals()) {
+        errno = EINTR;
+        return -1;
+    }
     timespec timeout{};
     if (deadline) {
         timeout = timeLeft(*deadline);

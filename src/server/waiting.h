@@ -18,6 +18,10 @@ void deliverSignalsOnlyInWaits();
 /// deliverSignalsOnlyInWaits().
 const sigset_t* waitMask();
 
+/// Runs the handlers of signals that have arrived meanwhile; returns whether there were any. For
+/// work that goes on for long without a wait, at a point where its sockets may be closed.
+bool deliverPendingSignals();
+
 /// Notes that a termination signal has arrived, for work that waits on something else than the
 /// server's sockets.
 void requestStop();
