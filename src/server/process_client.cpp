@@ -1,8 +1,10 @@
 // One request of one client, from its first byte to its reply, and what becomes of the connection
 // when something fails.
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <log4cpp/Category.hh>
+#include <new>
 
 #include "platform/system.h"
 #include "server/address.h"
@@ -23,6 +25,13 @@ log4cpp::Category& clientLog() {
     return log;
 }
 
+void logFailure(int sock, const char* reason) {
+    if (clientLog().isInfoEnabled()) {
+        clientLog().info("Closing client %s because it has caused exception: %s",
+                         formatAddress(sock).c_str(), reason);
+    }
+}
+
 }  // namespace
 
 bool Server::processClient(int sock) {
@@ -37,12 +46,15 @@ bool Server::processClient(int sock) {
         }
         return errorCloseSocket(sock, e.graceful);
     } catch (const SocketException& e) {
-        clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(), e.what());
-    } catch (const Exception& e) {
-        if (clientLog().isInfoEnabled()) {
-            clientLog().info("Closing client %s because it has caused exception: %s",
-                             formatAddress(sock).c_str(), e.what());
+        if (clientLog().isErrorEnabled()) {
+            clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(),
+                              e.what());
         }
+    } catch (const Exception& e) {
+        logFailure(sock, e.what());
+    } catch (const std::bad_alloc&) {
+        // The request, or what it asked for, is too large for this machine; others may not be.
+        logFailure(sock, IOException("not enough memory", ENOMEM).what());
     }
     return errorCloseSocket(sock, false);
 }
@@ -57,7 +69,9 @@ bool Server::serveRequest(int sock) {
     MemoryStream params(request_.view());
     const std::string cmd = getline(params);
     if (params.fail()) {
-        clientLog().warn("Empty request from %s", formatAddress(sock).c_str());
+        if (clientLog().isWarnEnabled()) {
+            clientLog().warn("Empty request from %s", formatAddress(sock).c_str());
+        }
         return true;
     }
     if (cmd == "shutdown" && isAllowed(cmd)) {
