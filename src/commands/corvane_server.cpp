@@ -15,7 +15,10 @@ void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::
         std::find_if(commandTable.begin(), commandTable.end(),
                      [&cmd](const Command& row) { return row.name == cmd; });
     if (command == commandTable.end() || !isAllowed(cmd)) {
-        log.warn("Client %s: command '%s' not found", formatAddress(sock).c_str(), cmd.c_str());
+        if (log.isWarnEnabled()) {
+            log.warn("Client %s: command '%s' not found", formatAddress(sock).c_str(),
+                     cmd.c_str());
+        }
         sendFatalError(sock, cmd);
         return;
     }

@@ -41,7 +41,9 @@ void Server::processListener(int listenSock) {
         listenersPausedUntil_ = std::chrono::steady_clock::now() + acceptPause;
     }
     if (error != 0) {
-        log.warn("accept error %d on socket %s", error, formatAddress(listenSock).c_str());
+        if (log.isWarnEnabled()) {
+            log.warn("accept error %d on socket %s", error, formatAddress(listenSock).c_str());
+        }
         return;
     }
     rememberPeer(sock, peer);
@@ -71,7 +73,8 @@ void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
     }
     log.debug("raw close socket %s", where.c_str());
     if (::close(sock) != 0) {
-        log.warn("Error %d closing socket %s", errno, formatAddress(sock).c_str());
+        const int error = errno;
+        log.warn("Error %d closing socket %s", error, formatAddress(sock).c_str());
     }
     forgetPeer(sock);
     removeSocket(socks, sock);
@@ -85,7 +88,7 @@ bool Server::errorCloseSocket(int sock, bool graceful) {
     const int policy = props.getInt("SHUTDOWNONDISCONNECT", 0);
     const bool keepServing = policy == 0 || (policy == 2 && clients.size() >= 2);
     closeSocket(clients, sock, graceful);
-    if (!keepServing) {
+    if (!keepServing && log.isInfoEnabled()) {
         log.info(
             "Marking server for shutdown: closing client's %s connection and SHUTDOWNONDISCONNECT "
             "is set",
