@@ -51,8 +51,9 @@ void installSignalHandlers() {
     install(SIGTERM, term_signal);
     install(SIGINT, term_signal);
     install(SIGCHLD, chld_signal);
-    ::signal(SIGPIPE, SIG_IGN);
-    ::signal(SIGXFSZ, SIG_IGN);
+    for (const int sig : {SIGPIPE, SIGXFSZ}) {
+        static_cast<void>(::signal(sig, SIG_IGN));
+    }
 }
 
 }  // namespace corvane

@@ -16,7 +16,7 @@ namespace {
 
 using log4cpp::Category;
 
-constexpr std::size_t writeBlock = 256 * 1024;
+constexpr std::size_t writeBlock = std::size_t{256} * 1024;
 
 std::string cleanPath(const std::string& line) {
     return correctPathInvalidChars(correctPath(line));
@@ -64,7 +64,7 @@ void CorvaneServer::cmdWrite(int sock, const std::string& cmd, std::istream& par
         log.debug(": open file '%s'", name.c_str());
         const bool removable = file.isRegular();
         const auto written = static_cast<long>(copyRest(params, file.get()));
-        std::fflush(file.get());
+        static_cast<void>(std::fflush(file.get()));  // ferror() tells
         const int indicator = std::ferror(file.get());
         // A file system may report only at the close that the data did not reach the disk.
         const int closed = file.close();

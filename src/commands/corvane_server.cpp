@@ -16,8 +16,7 @@ void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::
                      [&cmd](const Command& row) { return row.name == cmd; });
     if (command == commandTable.end() || !isAllowed(cmd)) {
         if (log.isWarnEnabled()) {
-            log.warn("Client %s: command '%s' not found", formatAddress(sock).c_str(),
-                     cmd.c_str());
+            log.warn("Client %s: command '%s' not found", formatAddress(sock).c_str(), cmd.c_str());
         }
         sendFatalError(sock, cmd);
         return;

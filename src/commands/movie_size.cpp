@@ -24,7 +24,7 @@ constexpr std::size_t headerSize = 8;
 // The largest RECT: 5 bits for the field size and four fields of 31 bits.
 constexpr std::size_t largestRect = (5 + 4 * 31 + 7) / 8;
 constexpr int twipsPerPixel = 20;
-constexpr std::size_t inflateBlock = 64 * 1024;
+constexpr std::size_t inflateBlock = std::size_t{64} * 1024;
 
 using Rect = std::array<Byte, largestRect>;
 

@@ -24,7 +24,7 @@ namespace {
 
 using log4cpp::Category;
 
-constexpr std::size_t readBlock = 128 * 1024;
+constexpr std::size_t readBlock = std::size_t{128} * 1024;
 
 void openToRead(CommandFile& file, const std::string& name, const CommandLog& log) {
     if (!file.openForReading()) {

@@ -9,7 +9,7 @@ namespace corvane {
 namespace {
 
 // A text of at least this size is sent from where it is instead of being copied into the document.
-constexpr std::size_t largeText = 32 * 1024;
+constexpr std::size_t largeText = std::size_t{32} * 1024;
 
 constexpr std::array<std::string_view, 5> entryKinds{"file", "directory", "share", "server",
                                                      "domain"};

@@ -13,6 +13,7 @@ namespace {
 std::string runTool(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), getApplicationDirectory() + PROG_INFO);
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         argv.push_back(argument.data());
     }

@@ -23,8 +23,9 @@ IOException makeDirectoryError(const std::string& path, int error) {
     return {format("makeDirectory '%s' error", path.c_str()), error};
 }
 
-IOException openDirectoryError(const std::string& path, int error) {
-    return {format("opendir '%s' error %d", strconv::utf82acs(path).c_str(), error), error};
+IOException copyIntoItselfError(const std::string& src, const std::string& dst) {
+    return {format("cannot copy directory '%s' into itself as '%s'", src.c_str(), dst.c_str()),
+            EINVAL};
 }
 
 FilePlace placeOf(const std::string& path) { return {AT_FDCWD, strconv::utf82acs(path), path}; }
@@ -75,7 +76,8 @@ class TreeCopier {
     };
 
     void push() {
-        levels_.push_back({readEntries(src_.current()), 0, srcPath_.size(), dstPath_.size()});
+        levels_.push_back(
+            {readEntries(src_.current(), srcPath_), 0, srcPath_.size(), dstPath_.size()});
     }
 
     void copyEntry(const std::string& name) {
@@ -92,10 +94,21 @@ class TreeCopier {
         if (!src_.descend(name.c_str(), false)) {
             throw openDirectoryError(srcPath_, errno);
         }
+        descendTarget(name);
+        push();
+    }
+
+    // A link in the target may lead back below the source, where the copy would never end.
+    void descendTarget(const std::string& name) {
+        if (dst_.descend(name.c_str(), false)) {
+            return;
+        }
         if (!dst_.descend(name.c_str(), true)) {
             throw openDirectoryError(dstPath_, errno);
         }
-        push();
+        if (liesWithin(dst_.current(), identityOf(src_.current()))) {
+            throw copyIntoItselfError(srcPath_, dstPath_);
+        }
     }
 
     void makeEntry(const std::string& name) {
@@ -131,16 +144,14 @@ class TreeCopier {
 
 void refuseCopyIntoItself(const std::string& src, const std::string& dst) {
     if (liesWithin(strconv::utf82acs(dst), strconv::utf82acs(src))) {
-        throw IOException(
-            format("cannot copy directory '%s' into itself as '%s'", src.c_str(), dst.c_str()),
-            EINVAL);
+        throw copyIntoItselfError(src, dst);
     }
 }
 
 // A target directory that is not there fails at the first entry that would go into it.
-void refuseMissingTarget(int src, const std::string& dstDir, const CopyOptions& options,
-                         int error) {
-    for (const DirectoryEntry& entry : readEntries(src)) {
+void refuseMissingTarget(int src, const std::string& srcDir, const std::string& dstDir,
+                         const CopyOptions& options, int error) {
+    for (const DirectoryEntry& entry : readEntries(src, srcDir)) {
         if (entry.directory && options.recursive) {
             throw makeDirectoryError(dstDir + entry.name, error);
         }
@@ -178,9 +189,11 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
         throw openDirectoryError(srcDir, errno);
     }
     refuseCopyIntoItself(srcDir, dstDir);
-    FileDesc to = openDirectory(strconv::utf82acs(dstDir), DirectoryAccess::Search);
+    // With an empty target the names are relative to the current directory.
+    FileDesc to = openDirectory(dstDir.empty() ? DIR_THIS : strconv::utf82acs(dstDir),
+                                DirectoryAccess::Search);
     if (to == -1) {
-        refuseMissingTarget(from, dstDir, chosen, errno);
+        refuseMissingTarget(from, srcDir, dstDir, chosen, errno);
     } else {
         TreeCopier(std::move(from), srcDir, std::move(to), dstDir, chosen).run();
     }

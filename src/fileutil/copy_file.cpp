@@ -21,10 +21,10 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t blockSize = 128 * 1024;
-constexpr std::size_t kernelBlock = 256 * 1024 * 1024;
+constexpr std::size_t blockSize = std::size_t{128} * 1024;
+constexpr std::size_t kernelBlock = std::size_t{256} * 1024 * 1024;
 // Below this size the kernel's copying costs more calls than it saves work.
-constexpr off_t kernelCopyPays = 64 * 1024;
+constexpr off_t kernelCopyPays = off_t{64} * 1024;
 constexpr mode_t newFileMode = 0777;
 
 IOException fileError(const char* action, const std::string& path, int error) {

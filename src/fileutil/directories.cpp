@@ -92,7 +92,7 @@ std::string getApplicationPath() {
     if (ARGC < 1 || ARGV == nullptr || ARGV[0] == nullptr) {
         throw IOException(format("cannot find application path. last path '%s'", ""), ENOENT);
     }
-    const std::string program = ARGV[0];
+    std::string program = ARGV[0];
     if (startsWith(program, "/")) {
         return program;
     }

@@ -10,6 +10,8 @@
 
 #include "fileutil/paths.h"
 #include "platform/system.h"
+#include "text/strconv.h"
+#include "text/strings.h"
 
 namespace corvane {
 namespace {
@@ -27,14 +29,12 @@ int openFlags(DirectoryAccess access) {
 // The directory at `path`, or the nearest one above it that exists.
 FileDesc openNearest(std::string path) {
     while (true) {
-        FileDesc directory = openDirectory(path, DirectoryAccess::Search);
+        FileDesc directory = openDirectory(path.empty() ? DIR_THIS : path, DirectoryAccess::Search);
         if (directory != -1 || path.empty()) {
             return directory;
         }
         path = unslashPath(path);
-        const std::size_t slash = path.rfind(SEPARATOR_DIR);
-        path = slash == std::string::npos ? (path == DIR_THIS ? "" : DIR_THIS)
-                                          : path.substr(0, slash + 1);
+        path.erase(path.rfind(SEPARATOR_DIR) + 1);  // npos + 1 is 0: the current directory
     }
 }
 
@@ -50,24 +50,25 @@ DirectoryIdentity identityOf(int directory) {
     return {info.st_dev, info.st_ino};
 }
 
-bool liesWithin(const std::string& path, const std::string& directory) {
-    const FileDesc top = openDirectory(directory, DirectoryAccess::Search);
-    FileDesc here = openNearest(path);
-    if (top == -1) {
-        return false;
-    }
-    const DirectoryIdentity wanted = identityOf(top);
+bool liesWithin(int here, const DirectoryIdentity& directory) {
+    FileDesc parent;
     while (here != -1) {
         const DirectoryIdentity found = identityOf(here);
-        if (found == wanted) {
+        if (found == directory) {
             return true;
         }
-        here = FileDesc(::openat(here, DIR_PARENT, openFlags(DirectoryAccess::Search)));
-        if (here != -1 && identityOf(here) == found) {
+        parent = FileDesc(::openat(here, DIR_PARENT, openFlags(DirectoryAccess::Search)));
+        if (parent != -1 && identityOf(parent) == found) {
             return false;  // the root is its own parent
         }
+        here = parent;
     }
     return false;
+}
+
+bool liesWithin(const std::string& path, const std::string& directory) {
+    const FileDesc top = openDirectory(directory, DirectoryAccess::Search);
+    return top != -1 && liesWithin(openNearest(path), identityOf(top));
 }
 
 DirectoryReader::DirectoryReader(FileDesc directory) {
@@ -88,11 +89,11 @@ bool DirectoryReader::isDirectoryEntry(const dirent& entry) const {
     return (entry.d_type & directoryBit) != 0;
 }
 
-std::vector<DirectoryEntry> readEntries(int directory) {
+std::vector<DirectoryEntry> readEntries(int directory, const std::string& path) {
     std::vector<DirectoryEntry> entries;
     DirectoryReader reader(FileDesc(::fcntl(directory, F_DUPFD_CLOEXEC, 0)));
     if (!reader.isOpen()) {
-        return entries;
+        throw openDirectoryError(path, errno);
     }
     while (const dirent* entry = reader.next()) {
         if (std::strcmp(entry->d_name, DIR_THIS) != 0 &&
@@ -101,6 +102,10 @@ std::vector<DirectoryEntry> readEntries(int directory) {
         }
     }
     return entries;
+}
+
+IOException openDirectoryError(const std::string& path, int error) {
+    return {format("opendir '%s' error %d", strconv::utf82acs(path).c_str(), error), error};
 }
 
 DirectoryChain::DirectoryChain(FileDesc root, DirectoryAccess access)

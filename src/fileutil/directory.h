@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fileutil/file_desc.h"
+#include "text/exception.h"
 
 namespace corvane {
 
@@ -32,7 +33,9 @@ struct DirectoryIdentity {
 };
 DirectoryIdentity identityOf(int directory);
 
-/// Whether `path`, which need not exist, is `directory` or lies below it.
+/// Whether the open directory `here` is the one of that identity or lies below it.
+bool liesWithin(int here, const DirectoryIdentity& directory);
+/// The same for paths; `path` need not exist, and an empty one is the current directory.
 bool liesWithin(const std::string& path, const std::string& directory);
 
 /// Reads the entries of a directory in the order of the system.
@@ -64,8 +67,12 @@ struct DirectoryEntry {
     bool directory;
 };
 
-/// All entries of an open directory but "." and "..". The descriptor stays open.
-std::vector<DirectoryEntry> readEntries(int directory);
+/// All entries of an open directory but "." and "..". The descriptor stays open. Throws
+/// openDirectoryError() for `path`.
+std::vector<DirectoryEntry> readEntries(int directory, const std::string& path);
+
+/// "opendir '%s' error %d", for a directory that cannot be listed.
+IOException openDirectoryError(const std::string& path, int error);
 
 /// The open directories from the root of a tree down to the current one. Deep down only the upper
 /// ones and the current one stay open; the others are found again through "..".

@@ -29,7 +29,7 @@ std::string correctPath(const std::string& path) {
 std::string correctDirectoryPath(const std::string& path) { return slashPath(correctPath(path)); }
 
 std::string correctPathInvalidChars(const std::string& path) {
-    const std::string corrected = strreplace(strreplace(path, "?", ""), "*", "");
+    std::string corrected = strreplace(strreplace(path, "?", ""), "*", "");
     if (corrected != path) {
         static log4cpp::Category& log =
             log4cpp::Category::getInstance("corvane.fileutil.correctPathInvalidChars");

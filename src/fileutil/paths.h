@@ -58,7 +58,7 @@ void initStartupDirectory();
 /// Returns 0, or the error number of chdir(2).
 int changeCurrentDirectory(const char* path);
 
-/// The directory for temporary files, with a trailing "/": TMPDIR when it can be written to, else
+/// The directory for temporary files, with a trailing "/": TMPDIR when it names one, else
 /// "/tmp".
 std::string getTempDirectory();
 /// The first of HOME, USERPROFILE, TEMP and TMP that is set, as it is; empty when none is.

@@ -19,7 +19,7 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t lineBufferSize = 1024;
-constexpr std::size_t readBlock = 16 * 1024;
+constexpr std::size_t readBlock = std::size_t{16} * 1024;
 
 const std::locale default_locale;
 

@@ -26,8 +26,9 @@ IOException removeDirectoryError(const std::string& path, int error) {
     return {format("remove directory '%s' error", path.c_str()), error};
 }
 
-IOException openDirectoryError(const std::string& path, int error) {
-    return {format("opendir '%s' error %d", strconv::utf82acs(path).c_str(), error), error};
+// Without the separators at its end, which would make the system follow a link.
+std::string bare(const std::string& path) {
+    return path.substr(0, path.find_last_not_of(SEPARATOR_DIR) + 1);
 }
 
 bool isLink(const std::string& path) {
@@ -42,7 +43,7 @@ class TreeRemover {
         : chain_(std::move(root), DirectoryAccess::Read), path_(std::move(path)) {}
 
     void run() {
-        levels_.push_back({readEntries(chain_.current()), 0, path_.size()});
+        levels_.push_back({readEntries(chain_.current(), path_), 0, path_.size()});
         while (true) {
             Level& level = levels_.back();
             if (level.next == level.entries.size()) {
@@ -74,7 +75,7 @@ class TreeRemover {
         if (!chain_.descend(name.c_str(), false)) {
             throw openDirectoryError(path_, errno);
         }
-        levels_.push_back({readEntries(chain_.current()), 0, path_.size()});
+        levels_.push_back({readEntries(chain_.current(), path_), 0, path_.size()});
     }
 
     // Removes the directory that was emptied, from its parent.
@@ -129,8 +130,8 @@ void removeDirectory(const std::string& path) {
 
 void removeDirectory(const std::string& path, bool recursive) {
     const std::string dir = correctDirectoryPath(path);
-    if (recursive && isLink(unslashPath(dir))) {
-        removeFile(unslashPath(dir));
+    if (recursive && isLink(bare(dir))) {
+        removeFile(bare(dir));
         return;
     }
     if (recursive && !dir.empty()) {

@@ -31,7 +31,7 @@ constexpr int statusCannotExecute = 255;
 bool inPath(const std::string& program) {
     const char* path = std::getenv("PATH");
     for (const std::string& directory : strExplode(path == nullptr ? "" : path, ":")) {
-        if (::access((directory + "/" + program).c_str(), X_OK) == 0) {
+        if (::access(format("%s/%s", directory.c_str(), program.c_str()).c_str(), X_OK) == 0) {
             return true;
         }
     }

@@ -30,7 +30,7 @@ void closeAll(int first) { platform::closeDescriptorsFrom(first); }
 
 void resetSignals() {
     for (int sig = 1; sig < NSIG; ++sig) {
-        ::signal(sig, SIG_DFL);
+        static_cast<void>(::signal(sig, SIG_DFL));
     }
     sigset_t none;
     sigemptyset(&none);

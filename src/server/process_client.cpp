@@ -18,7 +18,7 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::minutes foreignWarningPeriod{1};
-constexpr std::size_t mostDiscarded = 1024 * 1024;
+constexpr std::size_t mostDiscarded = std::size_t{1024} * 1024;
 
 log4cpp::Category& clientLog() {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process.client");

@@ -18,10 +18,10 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t firstLook = 16 * 1024;
-constexpr std::size_t laterLook = 1024 * 1024;
+constexpr std::size_t firstLook = std::size_t{16} * 1024;
+constexpr std::size_t laterLook = std::size_t{1024} * 1024;
 // A request buffer that has grown beyond this is given back before the next request.
-constexpr std::size_t keptBuffer = 1024 * 1024;
+constexpr std::size_t keptBuffer = std::size_t{1024} * 1024;
 constexpr std::size_t parameterBuffer = 1024;
 
 log4cpp::Category& requestLog() {
@@ -121,7 +121,7 @@ bool Server::checkFirstLine(std::string_view request, std::size_t alreadySearche
 void Server::logBytes(std::string_view bytes) const {
     if (debugRequestRead) {
         for (const char c : bytes) {
-            const int value = static_cast<signed char>(c);
+            const int value = static_cast<signed char>(c);  // NOLINT: logged as a signed number
             requestLog().debug("request byte %d (0x%#x)", value, static_cast<unsigned>(value));
         }
     }

@@ -16,6 +16,9 @@
 namespace corvane {
 namespace {
 
+constexpr char zeroByte = '\0';
+constexpr std::string_view terminator(&zeroByte, 1);
+
 iovec piece(std::string_view text) {
     return {const_cast<char*>(text.data()), text.size()};  // NOLINT: sendmsg does not write to it
 }
@@ -64,7 +67,7 @@ void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
     for (const std::string_view text : pieces) {
         parts.push_back(piece(text));
     }
-    parts.push_back(piece(std::string_view("", 1)));
+    parts.push_back(piece(terminator));
     flushLog();
     sendAll(sock, parts, requestTimeout);
 }

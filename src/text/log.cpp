@@ -16,7 +16,7 @@ namespace {
 // The console and the file; a plain array, since a crash handler walks it.
 std::array<LogFile*, 4> openLogs{};
 int batchDepth = 0;
-constexpr std::size_t maxPending = 64 * 1024;
+constexpr std::size_t maxPending = std::size_t{64} * 1024;
 
 void writeAll(int fd, std::string_view text) noexcept {
     while (!text.empty()) {
