@@ -99,11 +99,11 @@ def launches(shop, settings):
                    take(samples, "first_p50_us"), [Check(1.30, ("posix_spawn",))]),
         ]
 
-    fork, spawn = shop.floor(core, "fork"), shop.floor(core, "spawn")
-    fork.name, spawn.name = "fork", "posix_spawn"
+    fork = shop.floor(core, "fork", name="fork")
+    spawn = shop.floor(core, "spawn", name="posix_spawn")
     with running(shop.corvane(core), fork, spawn) as servers:
         return measure(settings, {
             name: lambda s=server: generator.run("launch", s, f"execute\n{program}", fifo=fifo,
-                                                 requests=settings.count(100), warmup=5)
+                                                 requests=settings.count(200), warmup=5)
             for name, server in servers.items()
         }, figures)

@@ -12,13 +12,11 @@ CORE = machine.SERVER_CORE
 
 
 @contextmanager
-def against_the_loop(shop, priority="NOTICE", peers=True):
-    """Ours, the loop floor with a reply of the same size and redis."""
-    ours = shop.corvane(CORE, priority)
+def against_the_loop(shop):
+    """Ours, the loop floor with a reply of the same size, and redis."""
+    ours = shop.corvane(CORE)
     with running(ours):
-        others = [shop.loop_floor(CORE, ours.ask(ours.ping))]
-        if peers:
-            others.append(shop.redis(CORE))
+        others = (shop.loop_floor(CORE, ours.ask(ours.ping)), shop.redis(CORE))
         with running(*others) as servers:
             yield {"ours": ours} | servers
 
@@ -29,8 +27,10 @@ def one_client(shop, settings):
 
     def figures(samples):
         return [
-            Figure("P1", "currentDir, 1 client, NOTICE: p50", "us", take(samples, "p50_us"), checks),
-            Figure("P1", "the same: server CPU of a request", "us", take(samples, "cpu_us"), checks),
+            Figure("P1", "currentDir, 1 client, NOTICE: p50", "us", take(samples, "p50_us"),
+                   checks),
+            Figure("P1", "the same: server CPU of a request", "us", take(samples, "cpu_us"),
+                   checks),
         ]
 
     with against_the_loop(shop) as servers:
@@ -59,13 +59,14 @@ def with_debug_log(shop, settings):
     """The loop floor answers with a reply of the same size, for either request."""
     generator = Generator(shop.programs, CORE)
     result = []
-    requests = {"currentDir": "currentDir", "readText of 1 KiB": f"readText\n{text_file(shop, 1024)}"}
+    read_text = f"readText\n{text_file(shop, 1024)}"
+    requests = {"currentDir": "currentDir", "readText of 1 KiB": read_text}
     for work, request in requests.items():
         ours = shop.corvane(CORE, "DEBUG")
         with running(ours):
             floors = [shop.loop_floor(CORE, ours.ask(request))]
             if request.startswith("readText"):
-                floors.append(renamed(shop.floor(CORE, "read"), "read floor"))
+                floors.append(shop.floor(CORE, "read", name="read floor"))
 
             def figures(samples, work=work, rival="read floor" if len(floors) == 2 else "floor"):
                 return [Figure("P3", f"{work}, 1 client, DEBUG: p50", "us", take(samples, "p50_us"),
@@ -73,15 +74,11 @@ def with_debug_log(shop, settings):
 
             with running(*floors) as servers:
                 result += measure(settings, {
-                    name: lambda s=server, r=request: generator.with_cpu(s, r, settings.requests)
+                    name: lambda s=server, r=request:
+                        generator.run("requests", s, r, requests=settings.requests, warmup=500)
                     for name, server in ({"ours": ours} | servers).items()
                 }, figures)
     return result
-
-
-def renamed(server, name):
-    server.name = name
-    return server
 
 
 def churn(shop, settings):
@@ -103,12 +100,13 @@ def churn(shop, settings):
 def against_peers(shop, settings):
     """The same work by servers as Node and Python developers would write them."""
     generator = Generator(shop.programs, CORE)
-    directory = directory_of(shop, 100)
+    read_text = f"readText\n{text_file(shop, 1024)}"
+    list_dir = f"listDir\n{directory_of(shop, 100)}/"
     cases = [
         ("currentDir, 1 client", "requests", "currentDir", settings.requests, 0.70),
         ("connect, currentDir, close", "churn", "currentDir", settings.count(2000), 0.70),
-        ("readText of 1 KiB", "requests", f"readText\n{text_file(shop, 1024)}", settings.requests // 2, 0.50),
-        ("listDir of 100 entries", "requests", f"listDir\n{directory}/", settings.count(2000), 0.50),
+        ("readText of 1 KiB", "requests", read_text, settings.requests // 2, 0.50),
+        ("listDir of 100 entries", "requests", list_dir, settings.count(2000), 0.50),
     ]
     result = []
     with running(shop.corvane(CORE), shop.node(CORE), shop.asyncio(CORE)) as servers:

@@ -105,9 +105,9 @@ class Workshop:
             raise RuntimeError("corvane does not listen")
         return Server("ours", port, machine.process_of(program))
 
-    def floor(self, core, mode, *options):
+    def floor(self, core, mode, *options, name="floor"):
         command = [find_program(self.programs, "bench-floor"), mode, *options]
-        return self.announced("floor", command, core)
+        return self.announced(name, command, core)
 
     def node(self, core):
         return self.announced("Node", ["node", self.peers / "server.mjs"], core)
