@@ -39,7 +39,7 @@ std::string nameOf(const FSRef* ref) {
 
 std::string presence(const void* pointer) { return pointer == nullptr ? "null" : "unknown"; }
 
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+std::string quoted(std::string_view text) { return std::string("'").append(text).append("'"); }
 
 std::string quoted(const UInt8* text) { return quoted(reinterpret_cast<const char*>(text)); }
 
