@@ -1,6 +1,7 @@
 #include "commands/command_log.h"
 
 #include "server/address.h"
+#include "text/log.h"
 #include "text/strings.h"
 
 namespace corvane {
@@ -27,7 +28,7 @@ void CommandLog::error(const char* detail, ...) const {
 }
 
 void CommandLog::write(log4cpp::Priority::Value priority, const char* detail, va_list args) const {
-    if (category_.isPriorityEnabled(priority)) {
+    if (isLogged(priority)) {
         category_.log(priority, "Client " + formatAddress(sock_) + ": cmd '" + cmd_ + "'" +
                                     formatvl(detail, args));
     }

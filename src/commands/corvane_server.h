@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "commands/corvane_detail.h"
+#include "commands/reply_document.h"
 #include "server/server.h"
 #include "text/exception.h"
 
@@ -77,6 +78,8 @@ class CorvaneServer : public Server {
     void answerWithText(int sock, const std::string& cmd, const std::string& hint,
                         log4cpp::Category& log, Find find);
     void sendRectangle(int sock, const std::string& cmd, int x, int y, int width, int height);
+
+    ReplyDocument reply_;
 };
 
 /// What a command does to the machine. Anything but Reads is on record in the log before it starts.

@@ -37,7 +37,8 @@ mode_t getFileMode(const std::string& path) {
 bool isDirectory(const std::string& path) { return S_ISDIR(getFileMode(path)); }
 
 std::string getCurrentDirectory() {
-    std::array<char, currentDirectorySize> buffer{};
+    std::array<char, currentDirectorySize>
+        buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init)
     if (::getcwd(buffer.data(), buffer.size()) == nullptr) {
         return "";
     }

@@ -12,7 +12,6 @@
 #include "server/server.h"
 #include "server/socket_exception.h"
 #include "text/log.h"
-#include "text/memory_stream.h"
 
 namespace corvane {
 namespace {
@@ -63,12 +62,12 @@ bool Server::serveRequest(int sock) {
     if (!readRequest(sock, request_)) {
         return true;
     }
-    if (clientLog().isDebugEnabled()) {
+    if (isLogged(log4cpp::Priority::DEBUG)) {
         clientLog().debug("request data '" + std::string(request_.view()) + "'");
     }
-    MemoryStream params(request_.view());
-    const std::string cmd = getline(params);
-    if (params.fail()) {
+    params_.open(request_.view());
+    const std::string cmd = getline(params_);
+    if (params_.fail()) {
         if (clientLog().isWarnEnabled()) {
             clientLog().warn("Empty request from %s", formatAddress(sock).c_str());
         }
@@ -78,7 +77,7 @@ bool Server::serveRequest(int sock) {
         clientLog().info("SHUTDOWN command was received");
         return false;
     }
-    processClientCommand(sock, cmd, params);
+    processClientCommand(sock, cmd, params_);
     return true;
 }
 

@@ -13,6 +13,7 @@
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
+#include "text/log.h"
 #include "text/strings.h"
 
 namespace corvane {
@@ -69,7 +70,9 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
             throw Exception(format("request is longer than %d bytes", maxRequest));
         }
         if (complete) {
-            requestLog().debug("request size %d", static_cast<int>(out.size()));
+            if (isLogged(log4cpp::Priority::DEBUG)) {
+                requestLog().debug("request size %d", static_cast<int>(out.size()));
+            }
             return true;
         }
         if (before == 0) {
@@ -128,13 +131,15 @@ void Server::logBytes(std::string_view bytes) const {
 }
 
 std::string Server::getline(std::istream& in) {
-    std::array<char, parameterBuffer> line{};
+    std::array<char, parameterBuffer> line;  // NOLINT(cppcoreguidelines-pro-type-member-init)
     if (!in.getline(line.data(), line.size())) {
         return "";
     }
-    std::string text = line.data();
-    text.erase(text.find_last_not_of("\r\n") + 1);
-    return text;
+    std::string_view text = line.data();
+    while (!text.empty() && isLineEnd(text.back())) {
+        text.remove_suffix(1);
+    }
+    return std::string(text);
 }
 
 void checkRecvStatus(int sock, long result) {

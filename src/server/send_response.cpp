@@ -6,7 +6,6 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <vector>
 
 #include "platform/system.h"
 #include "server/server.h"
@@ -62,14 +61,13 @@ void sendAll(int sock, std::span<iovec> pieces, int limit) {
 }  // namespace
 
 void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
-    std::vector<iovec> parts;
-    parts.reserve(pieces.size() + 1);
+    sendParts_.clear();
     for (const std::string_view text : pieces) {
-        parts.push_back(piece(text));
+        sendParts_.push_back(piece(text));
     }
-    parts.push_back(piece(terminator));
+    sendParts_.push_back(piece(terminator));
     flushLog();
-    sendAll(sock, parts, requestTimeout);
+    sendAll(sock, sendParts_, requestTimeout);
 }
 
 void Server::sendResponse(int sock, const char* data, int length) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <sys/select.h>
+#include <sys/uio.h>
 
 #include <chrono>
 #include <istream>
@@ -16,6 +17,7 @@
 
 #include "server/waiting.h"
 #include "text/byte_buffer.h"
+#include "text/memory_stream.h"
 
 namespace corvane {
 
@@ -118,6 +120,8 @@ class Server {
     void logBytes(std::string_view bytes) const;
 
     ByteBuffer request_;
+    MemoryStream params_;
+    std::vector<iovec> sendParts_;
     /// Set while the process is out of descriptors: until then no listener is waited for.
     Deadline listenersPausedUntil_;
     std::chrono::steady_clock::time_point nextForeignWarning_{};

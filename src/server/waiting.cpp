@@ -67,10 +67,22 @@ Deadline deadlineAfter(int secondsAway) {
     return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
 }
 
+// pselect does not let signals in when a socket is ready at once, as under steady load; asking for
+// them before every wait would cost a system call a request.
+static bool deliverSignalsNowAndThen() {
+    constexpr std::chrono::milliseconds longestDelay{1};
+    static steady_clock::time_point nextTime;
+    const steady_clock::time_point now = steady_clock::now();
+    if (now < nextTime) {
+        return false;
+    }
+    nextTime = now + longestDelay;
+    return deliverPendingSignals();
+}
+
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
     flushLog();
-    // pselect does not let signals in when a socket is ready at once, as under steady load.
-    if (deliverPendingSignals()) {
+    if (deliverSignalsNowAndThen()) {
         errno = EINTR;
         return -1;
     }

@@ -2,35 +2,24 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <limits>
 
 #include "text/exception.h"
 
 namespace corvane {
 
-char* ByteBuffer::room(std::size_t count) {
-    if (count > capacity_ - size_) {
-        if (count > std::numeric_limits<std::size_t>::max() / 2 - size_) {
-            throw IOException("not enough memory", ENOMEM);
-        }
-        const std::size_t wanted = std::max(size_ + count, capacity_ * 2);
-        void* grown = std::realloc(bytes_.get(), wanted);  // NOLINT: owned by bytes_ again below
-        if (grown == nullptr) {
-            throw IOException("not enough memory", ENOMEM);
-        }
-        static_cast<void>(bytes_.release());
-        bytes_.reset(static_cast<char*>(grown));
-        capacity_ = wanted;
+void ByteBuffer::grow(std::size_t count) {
+    if (count > std::numeric_limits<std::size_t>::max() / 2 - size_) {
+        throw IOException("not enough memory", ENOMEM);
     }
-    return bytes_.get() + size_;
-}
-
-void ByteBuffer::append(std::string_view text) {
-    if (!text.empty()) {
-        std::memcpy(room(text.size()), text.data(), text.size());
-        commit(text.size());
+    const std::size_t wanted = std::max(size_ + count, capacity_ * 2);
+    void* grown = std::realloc(bytes_.get(), wanted);  // NOLINT: owned by bytes_ again below
+    if (grown == nullptr) {
+        throw IOException("not enough memory", ENOMEM);
     }
+    static_cast<void>(bytes_.release());
+    bytes_.reset(static_cast<char*>(grown));
+    capacity_ = wanted;
 }
 
 void ByteBuffer::clearAndShrink(std::size_t limit) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -17,10 +18,20 @@ class ByteBuffer {
 
     /// Makes room for at least `count` more bytes and returns where they go; commit() then counts
     /// those that were written. Throws IOException with ENOMEM when memory is short.
-    char* room(std::size_t count);
+    char* room(std::size_t count) {
+        if (count > capacity_ - size_) {
+            grow(count);
+        }
+        return bytes_.get() + size_;
+    }
     void commit(std::size_t count) { size_ += count; }
 
-    void append(std::string_view text);
+    void append(std::string_view text) {
+        if (!text.empty()) {
+            std::memcpy(room(text.size()), text.data(), text.size());
+            commit(text.size());
+        }
+    }
 
     void clear() { size_ = 0; }
 
@@ -31,6 +42,8 @@ class ByteBuffer {
     struct Free {
         void operator()(char* block) const { std::free(block); }  // NOLINT: pairs with realloc
     };
+
+    void grow(std::size_t count);
 
     std::unique_ptr<char, Free> bytes_;
     std::size_t size_ = 0;

@@ -49,8 +49,10 @@ LogFile::~LogFile() {
 }
 
 void LogFile::flush() noexcept {
-    writeAll(_fd, pending_);
-    pending_.clear();
+    if (!pending_.empty()) {
+        writeAll(_fd, pending_);
+        pending_.clear();
+    }
 }
 
 void LogFile::_append(const log4cpp::LoggingEvent& event) {
@@ -75,6 +77,11 @@ LogBatch::~LogBatch() {
     if (--batchDepth == 0) {
         flushLog();
     }
+}
+
+bool isLogged(log4cpp::Priority::Value priority) {
+    static const log4cpp::Category& root = log4cpp::Category::getRoot();
+    return root.getPriority() >= priority;
 }
 
 void flushLog() noexcept {

@@ -4,6 +4,7 @@
 
 #include <log4cpp/Category.hh>
 #include <log4cpp/FileAppender.hh>
+#include <log4cpp/Priority.hh>
 #include <string>
 
 namespace corvane {
@@ -41,6 +42,10 @@ class LogBatch {
     LogBatch(LogBatch&&) = delete;
     LogBatch& operator=(LogBatch&&) = delete;
 };
+
+/// Whether lines of this priority are logged. All categories take their priority from the root one,
+/// so that this is the cheapest way to ask.
+bool isLogged(log4cpp::Priority::Value priority);
 
 /// Writes all pending lines of all log files. Called before anything that others can observe or
 /// that may take long: a reply, a wait, the start of a program, a change of files.

@@ -9,10 +9,10 @@
 
 namespace corvane {
 
-/// The bytes must outlive the buffer.
 class MemoryStreamBuf : public std::streambuf {
   public:
-    explicit MemoryStreamBuf(std::string_view text) {
+    /// The bytes must stay until the buffer is read no more.
+    void show(std::string_view text) {
         // The get area is never written to; std::streambuf only has no constant form of it.
         char* begin =
             const_cast<char*>(text.data());  // NOLINT(cppcoreguidelines-pro-type-const-cast)
@@ -20,10 +20,19 @@ class MemoryStreamBuf : public std::streambuf {
     }
 };
 
+/// Making a stream costs more than reading a short request from it: one stream serves many texts.
 class MemoryStream : private MemoryStreamBuf, public std::istream {
   public:
-    explicit MemoryStream(std::string_view text)
-        : MemoryStreamBuf(text), std::istream(static_cast<std::streambuf*>(this)) {}
+    explicit MemoryStream(std::string_view text = {})
+        : std::istream(static_cast<std::streambuf*>(this)) {
+        open(text);
+    }
+
+    /// Starts again with another text, which must stay until it has been read.
+    void open(std::string_view text) {
+        show(text);
+        clear();
+    }
 };
 
 }  // namespace corvane

@@ -1,0 +1,56 @@
+#include "commands/reply_document.h"
+
+namespace corvane {
+namespace {
+
+// A text of at least this size is sent from where it is instead of being copied into the buffer.
+constexpr std::size_t largeText = std::size_t{32} * 1024;
+// A buffer that has grown beyond this is given back before the next reply.
+constexpr std::size_t keptBuffer = std::size_t{1024} * 1024;
+
+}  // namespace
+
+void ReplyDocument::clear() {
+    buffer_.clearAndShrink(keptBuffer);
+    large_.clear();
+    pieces_.clear();
+}
+
+void ReplyDocument::append(const CorvaneDetail& detail) {
+    *this << "<Detail id=\"" << detail.id << "\" extra=\"" << detail.extra << "\"";
+    if (!detail.date.empty()) {
+        *this << " date=\"" << detail.date << "\"";
+    }
+    if (!detail.size.empty()) {
+        *this << " size=\"" << detail.size << "\"";
+    }
+    if (detail.isText) {
+        *this << ">";
+        appendText(detail.value);
+        *this << "</Detail>";
+    } else {
+        *this << " Value=\"" << detail.value << "\" />";
+    }
+}
+
+void ReplyDocument::appendText(std::string_view text) {
+    if (text.size() < largeText) {
+        buffer_.append(text);
+    } else {
+        large_.push_back({buffer_.size(), text});
+    }
+}
+
+std::span<const std::string_view> ReplyDocument::pieces() {
+    pieces_.clear();
+    std::size_t from = 0;
+    for (const LargeText& large : large_) {
+        pieces_.push_back(buffer_.view().substr(from, large.position - from));
+        pieces_.push_back(large.text);
+        from = large.position;
+    }
+    pieces_.push_back(buffer_.view().substr(from));
+    return pieces_;
+}
+
+}  // namespace corvane
