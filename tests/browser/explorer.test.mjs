@@ -190,7 +190,7 @@ function unix(text) {
 async function run() {
   const files = await makeSampleHome(home);
   await mkdir(results, {recursive: true});
-  const stack = await startStack({executable, movie: swf, scratch, home, dir: home, windowTool: join(here, "cvnwinfo")});
+  const stack = await startStack({executable, movie: swf, scratch, home, dir: home, windowTool: join(here, "../../clients/conformance/cvnwinfo")});
   let movie;
   try {
     movie = await Movie.open(stack.url, join(scratch, "profile"), results);

@@ -17,7 +17,7 @@ class CorvaneClient {
   public static inline final SIZE = 2;
 
   /** The server reads a longer parameter line as an empty one. **/
-  static inline final MAX_LINE_BYTES = 1022;
+  static inline final MAX_LINE_BYTES = 1023;
 
   final connection:Connection;
 

@@ -131,12 +131,12 @@ class ClientTest {
     var sent = Socket.last.sent.length;
     var kinds = [];
     var note = (outcome:Outcome<Bool>) -> kinds.push(outcome.failure.kind);
-    for (path in ["a\nb", "a\r", "a\x00b", "a\x01b", StringTools.rpad("", "x", 1023), StringTools.rpad("", "é", 512)])
+    for (path in ["a\nb", "a\r", "a\x00b", "a\x01b", StringTools.rpad("", "x", 1024), StringTools.rpad("", "é", 512)])
       client.delete(path, note);
     client.write("ok", "a\x01b", note);
     equal(kinds.join(" "), [for (_ in 0...7) Failure.UNSENDABLE].join(" "));
     equal(Socket.last.sent.length, sent);
-    client.delete(StringTools.rpad("", "x", 1022), note);
+    client.delete(StringTools.rpad("", "x", 1023), note);
     equal(Socket.last.sent.length, sent + 1);
   }
 

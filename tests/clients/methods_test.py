@@ -1,0 +1,61 @@
+#!/usr/bin/env python3
+"""methods_test.py [ROOT]: both client libraries and the protocol page have each command of the server's
+table, no command more, and the two libraries the same methods with the same parameters."""
+
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parents[2]
+
+# What the libraries have besides the commands.
+EXTRA = {"new", "setTimeout", "close", "shutdown"}
+
+
+def server_commands():
+    header = (ROOT / "src/commands/corvane_server.h").read_text("utf-8")
+    table = re.search(r"commandTable\{\{(.*?)\}\};", header, re.DOTALL).group(1)
+    return re.findall(r'^\s*\{"(\w+)",', table, re.MULTILINE)
+
+
+def methods(path, pattern):
+    """The public methods and the names of their parameters."""
+    source = (ROOT / path).read_text("utf-8")
+    return {
+        name: re.findall(r"(\w+)\s*:", parameters)
+        for name, parameters in re.findall(pattern, source, re.DOTALL)
+    }
+
+
+def report(what, found, expected):
+    """Prints what is missing and what is too much; returns whether all is well."""
+    missing, surplus = sorted(set(expected) - set(found)), sorted(set(found) - set(expected))
+    if missing:
+        print(f"{what}: missing {', '.join(missing)}")
+    if surplus:
+        print(f"{what}: nothing that belongs there: {', '.join(surplus)}")
+    return not missing and not surplus
+
+
+def main():
+    commands = server_commands()
+    haxe = methods("clients/haxe/corvane/CorvaneClient.hx", r"\n  public function (\w+)\((.*?)\)(?::Void)? \{\n")
+    as3 = methods("clients/as3/corvane/CorvaneClient.as", r"\n    public function (\w+)\((.*?)\)(?::void)? \{\n")
+    as3 = {{"CorvaneClient": "new", "delete_": "delete"}.get(name, name): names for name, names in as3.items()}
+    headings = re.findall(r"^### (\w+)$", (ROOT / "docs/protocol.md").read_text("utf-8"), re.MULTILINE)
+
+    well = len(commands) == 22
+    if not well:
+        print(f"The server's table was not understood: {commands}")
+    well &= report("clients/haxe", haxe, EXTRA.union(commands))
+    well &= report("clients/as3", as3, EXTRA.union(commands))
+    well &= report("docs/protocol.md", headings, commands)
+    for name in sorted(haxe.keys() & as3.keys()):
+        if haxe[name] != as3[name]:
+            print(f"{name}: the parameters are {haxe[name]} in Haxe, {as3[name]} in ActionScript")
+            well = False
+    sys.exit(0 if well else 1)
+
+
+if __name__ == "__main__":
+    main()
