@@ -212,6 +212,8 @@ async function run() {
   assert.equal(stack.server.exitCode, 0, "the server ends in order");
 }
 
+process.once("SIGTERM", () => process.exit(1)); // time is up
+
 run().then(() => console.log(`Screenshots are in ${results}`), (error) => {
   console.error(error);
   process.exitCode = 1;

@@ -13,6 +13,7 @@ const HOST = "127.0.0.1";
 const PATIENCE = 15000; // milliseconds until something that does not start counts as failed
 const WEB = fileURLToPath(new URL(".", import.meta.url));
 const RUNTIME = join(WEB, "../node_modules/@ruffle-rs/ruffle");
+const children = new Set(); // what must not outlive this process, however it ends
 const TYPES = {
   ".html": "text/html", ".js": "text/javascript", ".json": "application/json", ".wasm": "application/wasm",
   ".swf": "application/x-shockwave-flash",
@@ -25,6 +26,7 @@ const TYPES = {
  */
 export async function startStack({executable, movie, scratch, home, dir, windowTool}) {
   const running = [];
+  process.on("exit", () => children.forEach((child) => child.kill("SIGKILL")));
   const stop = async () => {
     for (const end of running.splice(0).reverse()) await end();
   };
@@ -46,7 +48,7 @@ async function startServer({executable, scratch, home, windowTool}, running) {
   await copyFile(executable, join(directory, "corvane"));
   if (windowTool) await copyFile(windowTool, join(directory, "cvnwinfo"));
   await writeFile(join(directory, "corvane.conf"), "PORT=0\nADDRESS=127.0.0.1\nCONSOLE=true\nlog4cpp.priority=INFO\n");
-  const server = spawn(join(directory, "corvane"), [], {
+  const server = start(join(directory, "corvane"), [], {
     cwd: directory, env: {...process.env, HOME: home}, stdio: ["ignore", "ignore", "pipe"],
   });
   running.push(() => end(server));
@@ -73,7 +75,7 @@ function listeningPort(server) {
 /** The bridge cannot choose its port itself, and another program may take a free one first: try again. */
 async function startBridge(port, running, attempts = 5) {
   const bridgePort = await freePort();
-  const bridge = spawn("websockify", [`${HOST}:${bridgePort}`, `${HOST}:${port}`], {stdio: "ignore"});
+  const bridge = start("websockify", [`${HOST}:${bridgePort}`, `${HOST}:${port}`], {stdio: "ignore"});
   let ended = false;
   bridge.on("error", () => { ended = true; });
   bridge.on("exit", () => { ended = true; });
@@ -133,6 +135,13 @@ function fileFor(path, movie) {
   if (path === "/explorer.swf") return movie;
   if (path.startsWith("/ruffle/")) return join(RUNTIME, path.slice("/ruffle".length));
   return join(WEB, path === "/" ? "index.html" : path);
+}
+
+function start(program, parameters, options) {
+  const child = spawn(program, parameters, options);
+  children.add(child);
+  child.on("exit", () => children.delete(child));
+  return child;
 }
 
 function end(child) {
