@@ -1,0 +1,116 @@
+"""Runs corvanectl against the real server: what users see, exit statuses, shell completion.
+
+Usage: end_to_end_test.py SERVER CORVANECTL COMPLETION
+"""
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+SERVER, CLIENT, COMPLETION = (Path(p).resolve() for p in sys.argv[1:4])
+
+
+class CorvanectlTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.home = Path(scratch.name)
+        (self.home / "Desktop").mkdir()
+        app = self.home / "app"
+        app.mkdir()
+        shutil.copy2(SERVER, app / "corvane")
+        (app / "corvane.conf").write_text("PORT=0\nlog4cpp.priority=NOTICE\n")
+        environment = dict(os.environ, HOME=str(self.home))
+        self.server = subprocess.Popen(
+            [app / "corvane"], env=environment, cwd=self.home, text=True,
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.addCleanup(self.end_server)
+        self.port = self.wait_for_port()
+
+    def end_server(self):
+        self.server.kill()
+        self.server.wait()
+        self.server.stderr.close()
+
+    def wait_for_port(self):
+        for line in self.server.stderr:
+            if found := re.search(r"Listening on [\d.]+:(\d+)", line):
+                return found.group(1)
+        self.fail("the server has not started")
+
+    def run_client(self, *arguments, data=b""):
+        return subprocess.run([CLIENT, "--port", self.port, *arguments], input=data,
+                              capture_output=True, timeout=60, check=False)
+
+    def expect(self, status, output, *arguments, data=b""):
+        result = self.run_client(*arguments, data=data)
+        self.assertEqual((result.returncode, result.stdout), (status, output), result.stderr)
+        return result.stderr.decode()
+
+    def test_prints_the_value_of_a_query(self):
+        self.expect(0, f"{self.home}\n".encode(), "userDir")
+        self.expect(0, f"{self.home}/Desktop\n".encode(), "userDir", "desktop")
+
+    def test_writes_and_reads_a_file_byte_for_byte(self):
+        data = b"\r\n<b attr=\"1\">'&amp;'\xff\n"
+        name = str(self.home / "-file")
+        self.expect(0, b"", "write", name, data=data)
+        self.assertEqual((self.home / "-file").read_bytes(), data)
+        self.expect(0, data, "readText", name)
+
+    def test_lists_a_directory_by_names(self):
+        (self.home / "dir" / "sub").mkdir(parents=True)
+        (self.home / "dir" / "a\"<b>").touch()
+        self.expect(0, b"sub/\na\"<b>\n", "listDir", str(self.home / "dir"))
+
+    def test_prints_the_raw_reply_on_demand(self):
+        self.expect(1, b'<CorvaneMsg><Header id="info" Type="RESULT" Action="clipboardGet" '
+                       b'Result="FAILED" hint="clipboardGet"></Header></CorvaneMsg>\n',
+                    "--xml", "clipboardGet")
+
+    def test_tells_why_a_command_failed(self):
+        missing = str(self.home / "missing" / "x")
+        self.assertIn("error 2", self.expect(1, b"", "write", missing))
+        self.assertIn(missing, self.expect(1, b"", "makeDir", missing))
+
+    def test_stops_the_server(self):
+        self.expect(0, b"", "shutdown")
+        self.assertEqual(self.server.wait(timeout=60), 0)
+        self.assertIn("cannot connect", self.expect(2, b"", "userDir"))
+
+    def test_sends_nothing_that_would_break_the_request(self):
+        name = str(self.home / "file")
+        self.expect(2, b"", "write", name, data=b"a\x01")
+        self.assertFalse(Path(name).exists())
+        self.expect(2, b"", "readText", "a\nb")
+        self.expect(2, b"", "unheardOf")
+
+    def test_answers_help_and_version_without_a_server(self):
+        for option, text in ("--help", b"Usage: corvanectl"), ("--version", b"corvanectl "):
+            result = subprocess.run([CLIENT, option], capture_output=True, check=True)
+            self.assertTrue(result.stdout.startswith(text))
+
+    def test_completes_commands_options_and_files(self):
+        (self.home / "some file").touch()
+        script = f"""
+            PATH={CLIENT.parent}:$PATH; cd '{self.home}'; . '{COMPLETION}'
+            complete_words() {{
+              COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _corvanectl; echo "${{COMPREPLY[*]}}"
+            }}
+            complete_words corvanectl userD
+            complete_words corvanectl --host localhost shut
+            complete_words corvanectl --p
+            complete_words corvanectl readText some
+        """
+        result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True,
+                                check=True)
+        self.assertEqual(result.stdout.splitlines(),
+                         ["userDir", "shutdown", "--port", "some file"])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

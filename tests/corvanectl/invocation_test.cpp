@@ -1,0 +1,76 @@
+#include "corvanectl/invocation.h"
+
+#include <gtest/gtest.h>
+
+#include "text/exception.h"
+
+namespace corvane::ctl {
+namespace {
+
+using Mode = Invocation::Mode;
+
+Invocation parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "corvanectl");
+    return parseInvocation(static_cast<int>(arguments.size()), arguments.data());
+}
+
+TEST(ParseInvocation, HasTheServersDefaults) {
+    const Invocation invocation = parse({"userDir"});
+    EXPECT_EQ(invocation.mode, Mode::Request);
+    EXPECT_EQ(invocation.endpoint.host, "127.0.0.1");
+    EXPECT_EQ(invocation.endpoint.port, 54321);
+    EXPECT_FALSE(invocation.xml);
+    EXPECT_EQ(invocation.command, "userDir");
+}
+
+TEST(ParseInvocation, TakesOptionsInFrontOfTheCommand) {
+    const Invocation invocation =
+        parse({"--host", "localhost", "-p", "5000", "--timeout=3", "-x", "userDir", "desktop"});
+    EXPECT_EQ(invocation.endpoint.host, "localhost");
+    EXPECT_EQ(invocation.endpoint.port, 5000);
+    EXPECT_EQ(invocation.endpoint.timeout, 3);
+    EXPECT_TRUE(invocation.xml);
+    EXPECT_EQ(invocation.parameters, std::vector<std::string>{"desktop"});
+}
+
+TEST(ParseInvocation, LeavesEverythingBehindTheCommandAlone) {
+    const Invocation invocation = parse({"setWndPos", "1", "-10", "--xml", "--help"});
+    EXPECT_EQ(invocation.mode, Mode::Request);
+    EXPECT_FALSE(invocation.xml);
+    EXPECT_EQ(invocation.parameters, (std::vector<std::string>{"1", "-10", "--xml", "--help"}));
+}
+
+TEST(ParseInvocation, NeedsACommand) {
+    EXPECT_THROW(parse({}), Exception);
+    EXPECT_THROW(parse({"--port", "5000"}), Exception);
+}
+
+TEST(ParseInvocation, RefusesValuesThatAreNoNumbersInRange) {
+    for (const char* option :
+         {"--port=0", "--port=65536", "--port=12x", "--port=", "--timeout=-1", "--timeout=x"}) {
+        EXPECT_THROW(parse({option, "userDir"}), Exception) << option;
+    }
+}
+
+TEST(ParseInvocation, RefusesUnknownOptionsAndMissingValues) {
+    EXPECT_THROW(parse({"--nothing", "userDir"}), Exception);
+    EXPECT_THROW(parse({"--port"}), Exception);
+}
+
+TEST(ParseInvocation, AsksForHelpVersionAndWords) {
+    EXPECT_EQ(parse({"--help"}).mode, Mode::Help);
+    EXPECT_EQ(parse({"-v", "userDir"}).mode, Mode::Version);
+    EXPECT_EQ(parse({"--complete"}).mode, Mode::Complete);
+}
+
+TEST(HelpText, NamesEveryOptionAndCommand) {
+    const std::string help = helpText();
+    for (const char* text : {"--host", "--port", "--timeout", "--xml", "--version",
+                             "   write file < data\n", "   shutdown\n"}) {
+        EXPECT_NE(help.find(text), std::string::npos) << text;
+    }
+    EXPECT_EQ(help.find("--complete"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace corvane::ctl

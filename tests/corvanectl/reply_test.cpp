@@ -1,0 +1,73 @@
+#include "corvanectl/reply.h"
+
+#include <gtest/gtest.h>
+
+#include "text/exception.h"
+
+namespace corvane::ctl {
+namespace {
+
+std::string replyWith(const std::string& attributes, const std::string& details) {
+    return R"(<CorvaneMsg><Header id="info" Type="RESULT" Action="x" Result=)" + attributes + ">" +
+           details + "</Header></CorvaneMsg>";
+}
+
+TEST(ParseReply, TellsSuccessFromFailure) {
+    EXPECT_TRUE(parseReply(replyWith("\"SUCCESS\"", "")).ok);
+    EXPECT_FALSE(parseReply(replyWith("\"FAILED\"", "")).ok);
+}
+
+TEST(ParseReply, ReadsErrnoAndHint) {
+    const Reply reply = parseReply(replyWith(R"("FAILED" errno="2" hint="a/b:c")", ""));
+    EXPECT_EQ(reply.errnoValue, 2);
+    EXPECT_EQ(reply.hint, "a/b:c");
+    EXPECT_FALSE(parseReply(replyWith("\"FAILED\"", "")).errnoValue.has_value());
+}
+
+TEST(ParseReply, ReadsEveryAttributeOfADetail) {
+    const Reply reply = parseReply(replyWith(
+        "\"SUCCESS\"", R"(<Detail id="file" extra="rh" date="today" size="7" Value="name" />)"));
+    ASSERT_EQ(reply.details.size(), 1U);
+    const ReplyDetail& detail = reply.details[0];
+    EXPECT_EQ(detail.id, "file");
+    EXPECT_EQ(detail.extra, "rh");
+    EXPECT_EQ(detail.date, "today");
+    EXPECT_EQ(detail.size, "7");
+    EXPECT_EQ(detail.value, "name");
+    EXPECT_FALSE(detail.isText);
+}
+
+TEST(ParseReply, UnescapesElementText) {
+    const Reply reply = parseReply(
+        replyWith("\"SUCCESS\"", R"(<Detail id="text" extra="">a&lt;b&gt;&amp;lt;</Detail>)"));
+    ASSERT_EQ(reply.details.size(), 1U);
+    EXPECT_TRUE(reply.details[0].isText);
+    EXPECT_EQ(reply.details[0].value, "a<b>&lt;");
+}
+
+TEST(ParseReply, KeepsMarkupInNamesAsItIs) {
+    const Reply reply =
+        parseReply(replyWith(R"("SUCCESS" hint="/a"><b/")",
+                             R"(<Detail id="file" extra="" size="0" Value="a" /><&amp;.txt" />)"
+                             R"(<Detail id="file" extra="" size="0" Value="b" />)"));
+    EXPECT_EQ(reply.hint, "/a\"><b/");
+    ASSERT_EQ(reply.details.size(), 2U);
+    EXPECT_EQ(reply.details[0].value, "a\" /><&amp;.txt");
+    EXPECT_EQ(reply.details[1].value, "b");
+}
+
+TEST(ParseReply, RefusesWhatIsNoReply) {
+    const std::string whole =
+        replyWith("\"SUCCESS\" hint=\"h\"", R"(<Detail id="text" extra="">text</Detail>)");
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_THROW(parseReply(whole.substr(0, size)), Exception) << size;
+    }
+    EXPECT_THROW(parseReply("HTTP/1.1 200 OK"), Exception);
+}
+
+TEST(UnescapeXml, LeavesOtherAmpersandsAlone) {
+    EXPECT_EQ(unescapeXml("&quot;&apos; & &nbsp; &am"), "\"' & &nbsp; &am");
+}
+
+}  // namespace
+}  // namespace corvane::ctl

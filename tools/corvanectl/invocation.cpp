@@ -1,0 +1,115 @@
+#include "corvanectl/invocation.h"
+
+#include <charconv>
+#include <string_view>
+
+#include "cmdl/command_line.h"
+#include "corvanectl/command_list.h"
+#include "text/exception.h"
+#include "text/strings.h"
+
+namespace corvane::ctl {
+namespace {
+
+constexpr int largestPort = 65535;
+constexpr int longestTimeout = 1'000'000;
+
+cmdl::Options declaredOptions() {
+    const Endpoint defaults;
+    cmdl::Options options;
+    options.addOption({"h", "help", "print this help", true, "", true});
+    options.addOption({"H", "host", "the server's address, " + defaults.host + " by default", false,
+                       "ADDRESS", true});
+    options.addOption(
+        {"p", "port", format("its port, %d by default", defaults.port), false, "PORT", true});
+    options.addOption(
+        {"t", "timeout",
+         format("seconds to wait for the reply, %d by default, 0 for ever", defaults.timeout),
+         false, "SECONDS", true});
+    options.addOption({"x", "xml", "print the reply as it came", true, "", true});
+    options.addOption({"v", "version", "print the version", true, "", true});
+    return options;
+}
+
+// The index of the command: of the first argument that is neither an option nor an option's value.
+int findCommandIndex(const cmdl::Options& options, int argc, const char* const* argv) {
+    int index = 1;
+    while (index < argc && argv[index][0] == '-') {
+        const std::string_view argument = argv[index];
+        const bool isShort = !startsWith(argument, "--");
+        const cmdl::Option* option = options.matchOption(argument.substr(isShort ? 1 : 2), isShort);
+        const bool valueFollows =
+            option != nullptr && !option->isBool && argument.find('=') == std::string_view::npos;
+        index += valueFollows && index + 1 < argc ? 2 : 1;
+    }
+    return index;
+}
+
+int numberOption(const cmdl::CommandLine& line, const std::string& name, const char* what,
+                 int lowest, int highest, int def) {
+    if (!line.hasOption(name)) {
+        return def;
+    }
+    const std::string text = line.getOptionValue(name, "");
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < lowest ||
+        number > highest) {
+        throw Exception(format("'%s' is no %s from %d to %d", text.c_str(), what, lowest, highest));
+    }
+    return number;
+}
+
+}  // namespace
+
+Invocation parseInvocation(int argc, const char* const* argv) {
+    Invocation result;
+    if (argc == 2 && std::string_view(argv[1]) == "--complete") {
+        result.mode = Invocation::Mode::Complete;
+        return result;
+    }
+    const cmdl::Options options = declaredOptions();
+    const int commandIndex = findCommandIndex(options, argc, argv);
+    cmdl::CommandLine line;
+    line.parse(options, commandIndex, argv);
+    if (line.hasOption("h") || line.hasOption("v")) {
+        result.mode = line.hasOption("h") ? Invocation::Mode::Help : Invocation::Mode::Version;
+        return result;
+    }
+    Endpoint& to = result.endpoint;
+    to.host = line.getOptionValue("H", to.host);
+    to.port = numberOption(line, "p", "port", 1, largestPort, to.port);
+    to.timeout = numberOption(line, "t", "number of seconds", 0, longestTimeout, to.timeout);
+    result.xml = line.hasOption("x");
+    if (commandIndex == argc) {
+        throw Exception("no command given, try --help");
+    }
+    result.command = argv[commandIndex];
+    result.parameters.assign(argv + commandIndex + 1, argv + argc);
+    return result;
+}
+
+std::string helpText() {
+    const std::string options = declaredOptions().syntax("");
+    std::string text =
+        "Usage: corvanectl [OPTION...] COMMAND [PARAMETER...]\n\n"
+        "Sends one command to a running Corvane server and prints its reply.\n\n"
+        "Options, which stand before the command:\n";
+    text += options.substr(options.find('\n') + 1);
+    text += "\nCommands:\n";
+    for (const CommandUsage& command : commandList()) {
+        text += "   " + usageLine(command) + '\n';
+    }
+    return text + "\nExit status: 0 success, 1 the server answers FAILED, 2 no answer.\n";
+}
+
+std::string completionWords() {
+    std::string words;
+    for (const CommandUsage& command : commandList()) {
+        words += command.name;
+        words += '\n';
+    }
+    return words;
+}
+
+}  // namespace corvane::ctl

@@ -1,0 +1,31 @@
+// What a command line asks for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "corvanectl/exchange.h"
+
+namespace corvane::ctl {
+
+struct Invocation {
+    enum class Mode { Request, Help, Version, Complete };
+
+    Mode mode = Mode::Request;
+    Endpoint endpoint;
+    /// Print the reply as it came.
+    bool xml = false;
+    std::string command;
+    std::vector<std::string> parameters;
+};
+
+/// Options stand before the command; everything behind it is a parameter, whatever it begins with.
+/// Throws Exception for what makes no sense.
+Invocation parseInvocation(int argc, const char* const* argv);
+
+std::string helpText();
+
+/// The names of the commands, one on each line, for the completion of shells.
+std::string completionWords();
+
+}  // namespace corvane::ctl
