@@ -160,7 +160,8 @@ class ClientTest {
   }
 
   static function doesNotTakeAFailedConnectionForAShutdown() {
-    var client = new CorvaneClient();
+    var client = connected();
+    Socket.last.drop();
     var result:Outcome<Bool> = null;
     client.shutdown(outcome -> result = outcome);
     Socket.last.drop();
