@@ -1,0 +1,256 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "fileutil/file_operations.h"
+#include "support/resource_limit.h"
+#include "support/scratch_directory.h"
+#include "support/thrown.h"
+#include "support/tree.h"
+#include "support/unix_socket.h"
+#include "support/working_directory.h"
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+using test::thrownBy;
+using test::Tree;
+using test::treeAt;
+using test::withCode;
+
+class CopyDirectory : public ::testing::Test {
+  protected:
+    std::string copying(const std::string& src, const std::string& dst,
+                        const CopyOptions* options = nullptr) {
+        return thrownBy<IOException>([&] { copyDirectory(src, dst, options); });
+    }
+
+    test::ScratchDirectory scratch;
+};
+
+TEST_F(CopyDirectory, PutsTheContentsIntoTheTarget) {
+    scratch.file("src/a.txt", "1");
+    scratch.file("src/.hidden", "2");
+    scratch.file("src/sub/deep/b", "3");
+    scratch.directory("src/empty");
+    scratch.file("dst/kept", "4");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"a.txt", "file:1"},
+                                             {".hidden", "file:2"},
+                                             {"sub", "directory"},
+                                             {"sub/deep", "directory"},
+                                             {"sub/deep/b", "file:3"},
+                                             {"empty", "directory"},
+                                             {"kept", "file:4"}}));
+}
+
+TEST_F(CopyDirectory, MergesIntoDirectoriesThatExist) {
+    scratch.file("src/sub/a", "new");
+    scratch.file("src/sub/b", "b");
+    scratch.file("dst/sub/a", "old one");
+    scratch.file("dst/sub/c", "c");
+    copyDirectory(scratch / "src/", scratch / "dst\\", nullptr);
+    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"sub", "directory"},
+                                             {"sub/a", "file:new one"},
+                                             {"sub/b", "file:b"},
+                                             {"sub/c", "file:c"}}));
+}
+
+TEST_F(CopyDirectory, StaysOnTheFirstLevelWhenNotRecursive) {
+    scratch.file("src/a", "1");
+    scratch.file("src/sub/b", "2");
+    scratch.directory("dst");
+    CopyOptions options;
+    options.recursive = false;
+    copyDirectory(scratch / "src", scratch / "dst", &options);
+    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"a", "file:1"}}));
+}
+
+TEST_F(CopyDirectory, FiltersFilesButNotDirectories) {
+    for (const char* name : {"a.swf", "b.jpg", "c.txt", "d", "sub.txt/e.swf", "sub.txt/f.SWF"}) {
+        scratch.file(std::string("src/") + name, "x");
+    }
+    scratch.directory("dst");
+    CopyOptions options;
+    options.addExts(true, "swf,jpg");
+    options.addExts(false, "jpg");
+    copyDirectory(scratch / "src", scratch / "dst", &options);
+    EXPECT_EQ(treeAt(scratch / "dst"),
+              (Tree{{"a.swf", "file:x"}, {"sub.txt", "directory"}, {"sub.txt/e.swf", "file:x"}}));
+}
+
+TEST_F(CopyDirectory, PutsAFileIntoADirectoryOfItsName) {
+    scratch.file("src/x", "1");
+    scratch.directory("dst/x");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"x", "directory"}, {"x/x", "file:1"}}));
+}
+
+TEST_F(CopyDirectory, StopsWhereAFileIsInTheWayOfADirectory) {
+    scratch.directory("src/x");
+    scratch.file("dst/x", "1");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              "makeDirectory '" + (scratch / "dst/x") + "' error (17)");
+}
+
+TEST_F(CopyDirectory, DoesNotCreateTheTargetItself) {
+    scratch.file("src/a", "1");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              "open dst file '" + (scratch / "dst/a") + "' error (2)");
+    scratch.directory("tree/sub");
+    EXPECT_EQ(copying(scratch / "tree", scratch / "dst"),
+              "makeDirectory '" + (scratch / "dst/sub") + "' error (2)");
+    EXPECT_EQ(copying(scratch.directory("empty"), scratch / "dst"), "nothing was thrown");
+    EXPECT_FALSE(fs::exists(scratch / "dst"));
+}
+
+TEST_F(CopyDirectory, FailsWhenTheTargetIsAFile) {
+    scratch.file("src/a", "1");
+    scratch.file("dst", "kept");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              "open dst file '" + (scratch / "dst/a") + "' error (20)");
+    EXPECT_EQ(test::readFile(scratch / "dst"), "kept");
+}
+
+TEST_F(CopyDirectory, SaysThatTheSourceCannotBeOpened) {
+    EXPECT_EQ(copying(scratch / "src", scratch.path()),
+              "opendir '" + (scratch / "src/") + "' error 2 (2)");
+    EXPECT_EQ(copying("", scratch.path()), "opendir '' error 2 (2)");
+}
+
+TEST_F(CopyDirectory, TakesAnEmptyTargetForTheCurrentDirectory) {
+    scratch.file("src/a", "1");
+    const test::WorkingDirectory inside(scratch.directory("here"));
+    copyDirectory(scratch / "src", "", nullptr);
+    EXPECT_EQ(treeAt("."), (Tree{{"a", "file:1"}}));
+    EXPECT_EQ(copying(".", ""), "cannot copy directory './' into itself as '' (22)");
+    EXPECT_EQ(copying("..", ""), "cannot copy directory '../' into itself as '' (22)");
+}
+
+TEST_F(CopyDirectory, RefusesItselfAndWhatIsBelowItHoweverItIsNamed) {
+    scratch.file("src/a", "1");
+    scratch.directory("src/sub/deep");
+    fs::create_directory_symlink("src", scratch / "link");
+    fs::create_directory_symlink("../src/sub", scratch / "src/inner");
+    const test::WorkingDirectory inside(scratch.path());
+    const Tree before = treeAt(scratch.path());
+    for (const char* name :
+         {"src", "src/", "./src/.", "src/sub", "src/sub/deep", "src/sub/new", "src/new/er/", "link",
+          "link/sub", "src/inner", "src/inner/deep", "src/../src/sub", "link/a"}) {
+        const std::string dst = name;
+        for (const std::string& src : {std::string("src"), scratch / "src", std::string("link")}) {
+            EXPECT_EQ(copying(src, dst), "cannot copy directory '" + src + "/' into itself as '" +
+                                             dst + (dst.back() == '/' ? "" : "/") + "' (22)");
+            EXPECT_EQ(treeAt(scratch.path()), before) << src << " to " << dst;
+        }
+    }
+}
+
+TEST_F(CopyDirectory, AllowsATargetThatOnlyLooksLikeBelow) {
+    scratch.file("src/a", "1");
+    scratch.directory("src2");
+    scratch.directory("src/sub");
+    copyDirectory(scratch / "src", scratch / "src2", nullptr);
+    EXPECT_TRUE(fs::exists(scratch / "src2/a"));
+    copyDirectory(scratch / "src/sub", scratch / "src", nullptr);  // upwards
+    copyDirectory(scratch / "src", scratch.path(), nullptr);
+    EXPECT_TRUE(fs::exists(scratch / "a"));
+}
+
+TEST_F(CopyDirectory, EndsWhenALinkInTheTargetLeadsBackBelowTheSource) {
+    scratch.directory("src/x/y");
+    scratch.directory("dst");
+    fs::create_directory_symlink("../src/x/y", scratch / "dst/x");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              "cannot copy directory '" + (scratch / "src/x/") + "' into itself as '" +
+                  (scratch / "dst/x/") + "' (22)");
+}
+
+TEST_F(CopyDirectory, GoesThroughALinkInTheTargetThatLeadsElsewhere) {
+    scratch.file("src/x/a", "1");
+    scratch.directory("elsewhere");
+    scratch.directory("dst");
+    fs::create_directory_symlink("../elsewhere", scratch / "dst/x");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(treeAt(scratch / "elsewhere"), (Tree{{"a", "file:1"}}));
+}
+
+TEST_F(CopyDirectory, CopiesWhatALinkToAFileLeadsTo) {
+    scratch.file("outside", "1");
+    scratch.directory("src");
+    scratch.directory("dst");
+    fs::create_symlink("../outside", scratch / "src/link");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"link", "file:1"}}));
+}
+
+TEST_F(CopyDirectory, StopsAtALinkToADirectory) {
+    scratch.directory("src");
+    scratch.directory("dst");
+    fs::create_directory_symlink("..", scratch / "src/link");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              withCode("read src file '" + (scratch / "src/link") + "' error", EISDIR));
+    EXPECT_TRUE(fs::is_empty(scratch / "dst"));
+}
+
+TEST_F(CopyDirectory, StopsAtPipesAndSocketsWithoutWaiting) {
+    scratch.directory("dst");
+    const test::WorkingDirectory inside(scratch.path());
+    scratch.directory("pipes");
+    ASSERT_EQ(::mkfifo("pipes/pipe", 0600), 0);
+    EXPECT_EQ(copying("pipes", "dst"), "open src file 'pipes/pipe' error (22)");
+    scratch.directory("sockets");
+    const FileDesc sock = test::unixSocketAt("sockets/socket");
+    EXPECT_EQ(copying("sockets", "dst"), "opendir 'sockets/socket/' error 20 (20)");
+}
+
+TEST_F(CopyDirectory, KeepsWhatWasCopiedBeforeAFailure) {
+    scratch.file("src/sub/a", "1");
+    scratch.file("src/sub/b", std::string(2000, 'x'));
+    scratch.directory("dst");
+    {
+        const test::FileSizeLimit full(1000);
+        EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+                  withCode("write dst file '" + (scratch / "dst/sub/b") + "' error", EFBIG));
+    }
+    EXPECT_TRUE(fs::exists(scratch / "dst/sub"));
+    EXPECT_FALSE(fs::exists(scratch / "dst/sub/b"));
+}
+
+TEST_F(CopyDirectory, CopiesNamesOfAnyBytes) {
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '/') {
+            const std::string character(1, static_cast<char>(byte));
+            scratch.file("src/" + character + "d/" + character + "f" + character, character);
+        }
+    }
+    scratch.directory("dst");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(treeAt(scratch / "dst"), treeAt(scratch / "src"));
+    EXPECT_EQ(treeAt(scratch / "dst").size(), 2U * 254U);
+}
+
+// Running out of descriptors in the middle of a tree must never look like an empty directory.
+TEST_F(CopyDirectory, FailsWithoutDescriptorsAndSucceedsLater) {
+    scratch.file("src/a/b/c/d/e/file", "1");
+    scratch.directory("dst");
+    for (rlim_t free = 0;; ++free) {
+        const auto next = static_cast<rlim_t>(test::nextDescriptor());
+        try {
+            const test::ResourceLimit descriptors(RLIMIT_NOFILE, next + free);
+            copyDirectory(scratch / "src", scratch / "dst", nullptr);
+            break;
+        } catch (const IOException& e) {
+            EXPECT_EQ(e.code, EMFILE) << e.what();
+        }
+        ASSERT_LT(free, 64U);
+    }
+    EXPECT_EQ(treeAt(scratch / "dst"), treeAt(scratch / "src"));
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,58 @@
+// Limits that make system calls fail on purpose: for the size of files (a full disk that root meets
+// too) and for the number of descriptors.
+#pragma once
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+namespace corvane::test {
+
+/// Lowers the soft limit of a resource and puts it back in the end.
+class ResourceLimit {
+  public:
+    ResourceLimit(int resource, rlim_t limit) : resource_(resource) {
+        ::getrlimit(resource_, &previous_);
+        const rlimit lower{limit, previous_.rlim_max};
+        if (::setrlimit(resource_, &lower) != 0) {
+            throw std::runtime_error("cannot set a resource limit");
+        }
+    }
+    ~ResourceLimit() { ::setrlimit(resource_, &previous_); }
+    ResourceLimit(const ResourceLimit&) = delete;
+    ResourceLimit& operator=(const ResourceLimit&) = delete;
+    ResourceLimit(ResourceLimit&&) = delete;
+    ResourceLimit& operator=(ResourceLimit&&) = delete;
+
+  private:
+    int resource_;
+    rlimit previous_{};
+};
+
+/// The number that the next descriptor will have; a test that compares two of them sees a leak.
+inline int nextDescriptor() {
+    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(next);
+    return next;
+}
+
+/// No file may grow beyond `bytes`: writing more fails with EFBIG, without a signal.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes)
+        : previous_(::signal(SIGXFSZ, SIG_IGN)), limit_(RLIMIT_FSIZE, bytes) {}
+    ~FileSizeLimit() { ::signal(SIGXFSZ, previous_); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    FileSizeLimit(FileSizeLimit&&) = delete;
+    FileSizeLimit& operator=(FileSizeLimit&&) = delete;
+
+  private:
+    void (*previous_)(int);
+    ResourceLimit limit_;
+};
+
+}  // namespace corvane::test
