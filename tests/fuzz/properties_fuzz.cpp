@@ -1,0 +1,91 @@
+// Property files against a plain reader: the same entries, in both kinds of store, and numbers
+// within their bounds.
+#include <cctype>
+#include <cstdlib>
+#include <map>
+
+#include "fileutil/properties.h"
+#include "fuzz/fuzz_target.h"
+#include "fuzz/scratch.h"
+
+namespace {
+
+using namespace corvane;
+
+constexpr std::size_t longestLine = 1023;
+
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\x03'; }
+
+std::string withoutBlanks(const std::string& line) {
+    std::size_t first = 0;
+    while (first < line.size() && isBlank(line[first])) {
+        ++first;
+    }
+    if (first == line.size()) {
+        return line;  // has nothing but blanks, so no "=" either
+    }
+    std::size_t end = line.size();
+    while (isBlank(line[end - 1])) {
+        --end;
+    }
+    return line.substr(first, end - first);
+}
+
+std::string lowerCase(std::string text) {
+    for (char& c : text) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    }
+    return text;
+}
+
+std::map<std::string, std::string> entriesOf(std::string_view file, bool caseSensitive) {
+    std::map<std::string, std::string> entries;
+    std::vector<std::string> lines = fuzz::split(file, '\n');
+    for (std::string& line : lines) {
+        if (line.size() > longestLine) {
+            break;
+        }
+        line = withoutBlanks(line.substr(0, line.find('\0')));
+        const std::size_t equals = line.find('=');
+        if (equals != std::string::npos && line[0] != '#') {
+            const std::string key = line.substr(0, equals);
+            entries[caseSensitive ? key : lowerCase(key)] = line.substr(equals + 1);
+        }
+    }
+    return entries;
+}
+
+void checkNumber(const Properties& store, const std::string& key, const std::string& value) {
+    const char* text = value.c_str();
+    char* end = nullptr;
+    const long parsed = std::strtol(text, &end, 10);
+    long expected = end == text ? 7 : parsed;
+    expected = value == "true" ? 1 : value == "false" ? 0 : expected;
+    expected = expected < INT32_MIN ? INT32_MIN : expected > INT32_MAX ? INT32_MAX : expected;
+    fuzz::require(store.getInt(key, 7) == expected, "getInt reads the number at the start");
+    fuzz::require(
+        store.getBool(key, true) == (end == text && value != "false" ? true : expected != 0),
+        "getBool is true for anything but zero");
+}
+
+void check(const std::string& path, std::string_view file, bool caseSensitive) {
+    Properties store(caseSensitive);
+    store.load(path);
+    for (const auto& [key, value] : entriesOf(file, caseSensitive)) {
+        fuzz::require(store.getProperty(key) != nullptr, "every line with = is an entry");
+        fuzz::require(store.getPropertyAsString(key, "") == value, "the last value of a key wins");
+        checkNumber(store, key, value);
+    }
+    store.clear();
+    fuzz::require(store.getProperty("PORT") == nullptr, "clear leaves nothing");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view file = fuzz::asText(data, size);
+    const std::string path = fuzz::scratchFile(file);
+    check(path, file, true);
+    check(path, file, false);
+    return 0;
+}

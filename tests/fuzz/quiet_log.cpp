@@ -1,0 +1,23 @@
+#include "fuzz/quiet_log.h"
+
+#include <fcntl.h>
+
+#include <log4cpp/Category.hh>
+#include <log4cpp/PatternLayout.hh>
+#include <memory>
+
+#include "text/log.h"
+
+namespace corvane::fuzz {
+
+QuietLog::QuietLog() {
+    auto appender = std::make_unique<LogFile>("null", ::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    auto layout = std::make_unique<log4cpp::PatternLayout>();
+    layout->setConversionPattern("%d [%p,%c] %m%n");
+    appender->setLayout(layout.release());
+    log4cpp::Category& root = log4cpp::Category::getRoot();
+    root.setPriority(log4cpp::Priority::DEBUG);
+    root.addAppender(appender.release());
+}
+
+}  // namespace corvane::fuzz
