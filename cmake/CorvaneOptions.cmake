@@ -25,7 +25,15 @@ function(corvane_library name)
   cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
   add_library(${name} STATIC ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PUBLIC corvane_options ${ARG_LINK})
+  target_compile_options(${name} PRIVATE ${CORVANE_LTO_COMPILE})
 endfunction()
+
+# The libraries carry ordinary code as well, so that only the installed programs are optimised when
+# they are linked, and tests link quickly.
+if(CORVANE_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  set(CORVANE_LTO_COMPILE -flto=auto -ffat-lto-objects)
+  set(CORVANE_LTO_LINK -flto=auto)
+endif()
 
 # corvane_test(NAME SOURCES... [LINK libraries...]): one GoogleTest program, each test known to CTest.
 function(corvane_test name)

@@ -56,7 +56,7 @@ std::vector<CorvaneDetail> files2details(std::vector<FileInfo> files) {
     for (const SortKey& key : order) {
         CorvaneDetail& detail = details.emplace_back(describe(files[key.index]));
         if (detail.id == directory2id(1)) {
-            detail.value = correctDirectoryPath(detail.value);
+            detail.value = correctDirectoryPath(std::move(detail.value));
         }
     }
     return details;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <log4cpp/Category.hh>
+#include <utility>
 
 #include "text/strings.h"
 
@@ -12,21 +13,25 @@ bool isSeparator(char c) { return c == SEPARATOR_DIR || c == SEPARATOR_DIR_INVAL
 
 }  // namespace
 
-std::string slashPath(const std::string& path) {
-    return path.empty() || isSeparator(path.back()) ? path : path + SEPARATOR_DIR;
+std::string slashPath(std::string path) {
+    if (!path.empty() && !isSeparator(path.back())) {
+        path += SEPARATOR_DIR;
+    }
+    return path;
 }
 
 std::string unslashPath(const std::string& path) {
     return path.empty() || !isSeparator(path.back()) ? path : path.substr(0, path.size() - 1);
 }
 
-std::string correctPath(const std::string& path) {
-    std::string corrected = path;
-    std::replace(corrected.begin(), corrected.end(), SEPARATOR_DIR_INVALID, SEPARATOR_DIR);
-    return corrected;
+std::string correctPath(std::string path) {
+    std::replace(path.begin(), path.end(), SEPARATOR_DIR_INVALID, SEPARATOR_DIR);
+    return path;
 }
 
-std::string correctDirectoryPath(const std::string& path) { return slashPath(correctPath(path)); }
+std::string correctDirectoryPath(std::string path) {
+    return slashPath(correctPath(std::move(path)));
+}
 
 std::string correctPathInvalidChars(const std::string& path) {
     std::string corrected = strreplace(strreplace(path, "?", ""), "*", "");

@@ -23,13 +23,13 @@ extern char** ARGV;
 extern std::string startupDirectory;
 
 /// Adds "/" to a path that is not empty and ends with neither "/" nor "\".
-std::string slashPath(const std::string& path);
+std::string slashPath(std::string path);
 /// Removes one "/" or "\" at the end.
 std::string unslashPath(const std::string& path);
 /// Replaces every "\" by "/".
-std::string correctPath(const std::string& path);
+std::string correctPath(std::string path);
 /// slashPath() of correctPath().
-std::string correctDirectoryPath(const std::string& path);
+std::string correctDirectoryPath(std::string path);
 /// Removes every "?" and "*" and logs a warning when there were any.
 std::string correctPathInvalidChars(const std::string& path);
 

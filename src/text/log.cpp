@@ -16,6 +16,7 @@ namespace {
 // The console and the file; a plain array, since a crash handler walks it.
 std::array<LogFile*, 4> openLogs{};
 int batchDepth = 0;
+bool linesPending = false;
 constexpr std::size_t maxPending = std::size_t{64} * 1024;
 
 void writeAll(int fd, std::string_view text) noexcept {
@@ -49,10 +50,8 @@ LogFile::~LogFile() {
 }
 
 void LogFile::flush() noexcept {
-    if (!pending_.empty()) {
-        writeAll(_fd, pending_);
-        pending_.clear();
-    }
+    writeAll(_fd, pending_);
+    pending_.clear();
 }
 
 void LogFile::_append(const log4cpp::LoggingEvent& event) {
@@ -68,6 +67,7 @@ void LogFile::_append(const log4cpp::LoggingEvent& event) {
         writeAll(_fd, line);
     } else {
         pending_ += line;
+        linesPending = true;
     }
 }
 
@@ -85,7 +85,11 @@ bool isLogged(log4cpp::Priority::Value priority) {
 }
 
 void flushLog() noexcept {
+    if (!linesPending) {
+        return;
+    }
     const int savedErrno = errno;
+    linesPending = false;
     for (LogFile* log : openLogs) {
         if (log != nullptr) {
             log->flush();
@@ -100,7 +104,7 @@ void flushLogOnCrash() {
         if (::sigaction(sig, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) {
             struct sigaction action {};
             action.sa_handler = crashHandler;
-            action.sa_flags = SA_RESETHAND | SA_NODEFER;
+            action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER);  // unsigned on Linux
             ::sigaction(sig, &action, nullptr);
         }
     }
