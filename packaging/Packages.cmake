@@ -1,0 +1,39 @@
+# The packages: cpack -G DEB for a build with the prefix /usr, cpack -G TGZ for any other.
+set(CPACK_PACKAGE_NAME corvane)
+set(CPACK_PACKAGE_VENDOR "Corvane maintainers")
+set(CPACK_PACKAGE_CONTACT "Corvane maintainers <maintainers@corvane.example>")
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "local command server for Flash applications")
+set(CPACK_PACKAGE_DESCRIPTION
+"Gives a Flash application in a local player access to files, directories,
+programs, documents and the player's own window. The application connects to
+the loopback address and sends text requests; each gets one XML reply.
+.
+The package contains the server, the command-line client corvanectl and a
+service for the user's session. Nothing is started by the installation.")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PACKAGE_FILE_NAME "corvane-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}")
+set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_SOURCE_DIR}/fix_times.cmake")
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The opener for documents and addresses; without it only the command "execute" misses something.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS xdg-utils)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_SOURCE_DIR}/deb/conffiles")
+
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  string(TIMESTAMP CORVANE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)  # honours SOURCE_DATE_EPOCH
+  configure_file(deb/changelog.in changelog.Debian @ONLY)
+  gzip_to("${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian" changelog.Debian)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz" deb/copyright
+    DESTINATION share/doc/corvane)
+  install(FILES deb/lintian-overrides DESTINATION share/lintian/overrides RENAME corvane)
+endif()
+
+include(CPack)
