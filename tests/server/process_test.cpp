@@ -1,0 +1,97 @@
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "server/server_fixture.h"
+#include "server/socket_exception.h"
+#include "text/exception.h"
+
+namespace corvane {
+namespace {
+
+using std::string_literals::operator""s;
+using Lines = std::vector<std::string>;
+
+const std::string processLog = "corvane.server.process ";
+
+class ProcessTest : public ServerFixture {};
+
+TEST_F(ProcessTest, NeedsAListener) {
+    server.deinitListeners();
+    const test::LogCapture log;
+    try {
+        server.process();
+        FAIL();
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.message, "There are no listening sockets...");
+    }
+    EXPECT_EQ(log.lines(), Lines{"DEBUG " + processLog + "Process loop start"});
+}
+
+TEST_F(ProcessTest, EndsOnShutdownAndClosesAllClients) {
+    test::ClientSocket first = connect();
+    test::ClientSocket second = connect();
+    second.send("shutdown\0"s);
+    const test::LogCapture log;
+    server.process();
+    EXPECT_TRUE(first.isEnded());
+    EXPECT_TRUE(second.isEnded());
+    EXPECT_EQ(server.listeners.size(), 1U);
+    EXPECT_EQ(log.lines()[log.lines().size() - 8], "DEBUG " + processLog + "Process loop end");
+    EXPECT_EQ(log.lines()[log.lines().size() - 7],
+              "INFO corvane.server.deinit.client Deinit clients sockets...");
+}
+
+TEST_F(ProcessTest, ServesTheClientThatWasAcceptedFirstFirst) {
+    test::ClientSocket first = connect();
+    test::ClientSocket second = connect();
+    second.send("second\0"s);
+    first.send("first\0shutdown\0"s);
+    server.process();
+    EXPECT_EQ(server.commands, Lines{"first"});
+}
+
+TEST_F(ProcessTest, AcceptsOnlyWhenNoClientIsReady) {
+    test::ClientSocket busy = connect();
+    busy.send("one\0two\0"s);
+    test::ClientSocket late(port);
+    late.send("shutdown\0"s);
+    const test::LogCapture log;
+    server.process();
+    EXPECT_EQ(server.commands, (Lines{"one", "two"}));
+    EXPECT_TRUE(log.contains("INFO corvane.server.process.listener accepted connection from " +
+                             late.address()));
+}
+
+TEST_F(ProcessTest, EndsWhenTheInactivityTimeIsOver) {
+    server.inactivity = 1;
+    const test::LogCapture log;
+    server.process();
+    EXPECT_EQ(log.lines(),
+              (Lines{"DEBUG " + processLog + "Process loop start",
+                     "NOTICE " + processLog + "Inactivity time (1) has elapsed. Quitting...",
+                     "DEBUG " + processLog + "Process loop end"}));
+}
+
+TEST_F(ProcessTest, EndsWhenAClientsDisconnectionStopsIt) {
+    props.setProperty("SHUTDOWNONDISCONNECT", "1");
+    test::ClientSocket staying = connect();
+    test::ClientSocket leaving = connect();
+    leaving.close();
+    server.process();
+    EXPECT_TRUE(staying.isEnded());
+}
+
+TEST_F(ProcessTest, FailsWhenItCannotWait) {
+    const test::ClientSocket client = connect();
+    ::close(accepted());
+    try {
+        server.process();
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.message, "select() error (" + std::to_string(EBADF) + ")");
+    }
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,232 @@
+#include <cerrno>
+#include <sstream>
+#include <thread>
+
+#include "server/request_guard.h"
+#include "server/server_fixture.h"
+#include "server/socket_exception.h"
+
+namespace corvane {
+namespace {
+
+using std::string_literals::operator""s;
+
+const std::string readLog = "corvane.server.process.client.readrequest";
+
+class ReadRequestTest : public ServerFixture {
+  protected:
+    /// Reads one request of the client that connected last.
+    std::string read() {
+        EXPECT_TRUE(server.readRequest(accepted(), request));
+        return std::string(request.view());
+    }
+
+    ByteBuffer request;
+};
+
+TEST_F(ReadRequestTest, EndsAtAZeroByte) {
+    const test::LogCapture log;
+    test::ClientSocket client = connect();
+    client.send("userDir\0"s);
+    EXPECT_EQ(read(), "userDir");
+    EXPECT_TRUE(log.contains("DEBUG " + readLog + " request size 7"));
+}
+
+TEST_F(ReadRequestTest, EndsAtAByteOfOneAsWell) {
+    test::ClientSocket client = connect();
+    client.send("a\r\nb\1");
+    EXPECT_EQ(read(), "a\r\nb");
+}
+
+TEST_F(ReadRequestTest, MayBeEmpty) {
+    test::ClientSocket client = connect();
+    client.send("\0\1"s);
+    EXPECT_EQ(read(), "");
+    EXPECT_EQ(read(), "");
+}
+
+TEST_F(ReadRequestTest, LeavesWhatFollowsInTheSocket) {
+    test::ClientSocket client = connect();
+    client.send("first\0second\1third\0"s);
+    EXPECT_EQ(read(), "first");
+    EXPECT_EQ(read(), "second");
+    EXPECT_EQ(read(), "third");
+}
+
+TEST_F(ReadRequestTest, ConsumesOneLineEndAtTheBeginning) {
+    test::ClientSocket client = connect();
+    client.send("\r\nuserDir\0"s);
+    EXPECT_FALSE(server.readRequest(accepted(), request));
+    EXPECT_FALSE(server.readRequest(accepted(), request));
+    EXPECT_EQ(read(), "userDir");
+}
+
+TEST_F(ReadRequestTest, KeepsLineEndsInside) {
+    test::ClientSocket client = connect();
+    client.send("a\n\n\r\r\n\0"s);
+    EXPECT_EQ(read(), "a\n\n\r\r\n");
+}
+
+TEST_F(ReadRequestTest, MayComeInTwoPiecesSplitAnywhere) {
+    const std::string bytes = "write\r\nfile\ndata \xFF\n\0"s;
+    test::ClientSocket client = connect();
+    for (std::size_t split = 1; split < bytes.size(); ++split) {
+        client.send(bytes.substr(0, split));
+        std::thread rest([&] { client.send(bytes.substr(split)); });
+        EXPECT_EQ(read(), bytes.substr(0, bytes.size() - 1)) << split;
+        rest.join();
+    }
+}
+
+TEST_F(ReadRequestTest, HasNoLimitOfItsSize) {
+    const std::string bytes(12 * 1024 * 1024, 'x');
+    test::ClientSocket client = connect();
+    std::thread sender([&] { client.send(bytes + "\0next\0"s); });
+    EXPECT_EQ(read(), bytes);
+    EXPECT_EQ(read(), "next");
+    sender.join();
+}
+
+TEST_F(ReadRequestTest, LogsEveryByteInOrderWhenAsked) {
+    server.debugRequestRead = true;
+    test::ClientSocket client = connect();
+    client.send("\nA\xFF\0"s);
+    const test::LogCapture log;
+    EXPECT_FALSE(server.readRequest(accepted(), request));
+    read();
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                               "DEBUG " + readLog + " request byte 10 (0x0xa)",
+                               "DEBUG " + readLog + " request byte 65 (0x0x41)",
+                               "DEBUG " + readLog + " request byte -1 (0x0xffffffff)",
+                               "DEBUG " + readLog + " request byte 0 (0x0)",
+                               "DEBUG " + readLog + " request size 2",
+                           }));
+}
+
+TEST_F(ReadRequestTest, EndsWithTheConnection) {
+    test::ClientSocket client = connect();
+    client.send("half");
+    client.finishSending();
+    try {
+        server.readRequest(accepted(), request);
+        FAIL();
+    } catch (const SocketClosedException& e) {
+        EXPECT_TRUE(e.graceful);
+        EXPECT_EQ(e.message, "Socket " + client.address() + " was closed gracefully (0)");
+    }
+}
+
+TEST_F(ReadRequestTest, NoticesAReset) {
+    test::ClientSocket client = connect();
+    const std::string where = client.address();
+    client.reset();
+    try {
+        server.readRequest(accepted(), request);
+        FAIL();
+    } catch (const SocketClosedException& e) {
+        EXPECT_FALSE(e.graceful);
+        EXPECT_EQ(e.message, "Socket " + where + " was closed by reset (54)");
+    }
+}
+
+TEST_F(ReadRequestTest, FailsOnADescriptorThatIsNotOpen) {
+    try {
+        server.readRequest(-1, request);
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.message, "recv() error (" + std::to_string(EBADF) + ")");
+    }
+}
+
+TEST_F(ReadRequestTest, MayBeAsLongAsTheLimitButNotLonger) {
+    server.maxRequest = 8;
+    test::ClientSocket client = connect();
+    client.send("12345678\0"s);
+    EXPECT_EQ(read(), "12345678");
+    client.send("123456789");  // refused before its end comes
+    try {
+        server.readRequest(accepted(), request);
+        FAIL();
+    } catch (const Exception& e) {
+        EXPECT_EQ(e.message, "request is longer than 8 bytes");
+    }
+}
+
+TEST_F(ReadRequestTest, RefusesAnHttpRequestAsSoonAsItsFirstLineIsComplete) {
+    test::ClientSocket client = connect();
+    client.send("GET / HTTP/1.1\r\n");
+    try {
+        server.readRequest(accepted(), request);
+        FAIL();
+    } catch (const ForeignRequest& e) {
+        EXPECT_EQ(e.line, "GET / HTTP/1.1");
+    }
+}
+
+TEST_F(ReadRequestTest, LooksForHttpInTheFirstLineOnly) {
+    test::ClientSocket client = connect();
+    client.send("write\nfile\nGET / HTTP/1.1\n\0"s);
+    EXPECT_EQ(read(), "write\nfile\nGET / HTTP/1.1\n");
+}
+
+TEST_F(ReadRequestTest, TakesHttpForACommandWhenItIsAllowed) {
+    server.allowHttp = true;
+    test::ClientSocket client = connect();
+    client.send("GET / HTTP/1.1\r\n\1");
+    EXPECT_EQ(read(), "GET / HTTP/1.1\r\n");
+}
+
+TEST_F(ReadRequestTest, RefusesATlsGreetingThoughItHoldsATerminator) {
+    test::ClientSocket client = connect();
+    client.send("\x16\x03\x01\x02\x03");
+    EXPECT_THROW(server.readRequest(accepted(), request), ForeignRequest);
+}
+
+TEST(Getline, StripsAllLineEndsAtTheEnd) {
+    std::istringstream in("one\r\ntwo\r\r\n\nfour\rfour\nvalue\r");
+    EXPECT_EQ(Server::getline(in), "one");
+    EXPECT_EQ(Server::getline(in), "two");
+    EXPECT_EQ(Server::getline(in), "");
+    EXPECT_EQ(Server::getline(in), "four\rfour");
+    EXPECT_EQ(Server::getline(in), "value");
+    EXPECT_FALSE(in.fail());
+    EXPECT_EQ(Server::getline(in), "");
+    EXPECT_TRUE(in.fail());
+}
+
+TEST(Getline, TakesAtMost1023CharactersBeforeALineEnd) {
+    for (const std::size_t length : {1022U, 1023U}) {
+        std::istringstream in(std::string(length, 'x') + "\nnext");
+        EXPECT_EQ(Server::getline(in), std::string(length, 'x'));
+        EXPECT_EQ(Server::getline(in), "next");
+    }
+}
+
+TEST(Getline, GivesNothingAnyMoreAfterALineThatIsTooLong) {
+    for (const std::size_t length : {1024U, 2000U}) {
+        std::istringstream in(std::string(length, 'x') + "\nnext\n");
+        EXPECT_EQ(Server::getline(in), "");
+        EXPECT_EQ(Server::getline(in), "");
+        EXPECT_TRUE(in.fail());
+    }
+}
+
+TEST(CheckRecvStatus, AcceptsBytes) { EXPECT_NO_THROW(checkRecvStatus(-1, 1)); }
+
+TEST(CheckRecvStatus, TellsTheKindsOfFailureApart) {
+    EXPECT_THROW(checkRecvStatus(-1, 0), SocketClosedException);
+    errno = ECONNRESET;
+    EXPECT_THROW(checkRecvStatus(-1, -1), SocketClosedException);
+    errno = ENOTCONN;
+    try {
+        checkRecvStatus(-1, -1);
+        FAIL();
+    } catch (const SocketClosedException&) {
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.code, ENOTCONN);
+    }
+}
+
+}  // namespace
+}  // namespace corvane

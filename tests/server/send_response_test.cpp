@@ -1,0 +1,107 @@
+#include <array>
+#include <cerrno>
+#include <thread>
+
+#include "server/server_fixture.h"
+#include "server/socket_exception.h"
+
+namespace corvane {
+namespace {
+
+class SendResponseTest : public ServerFixture {
+  protected:
+    void send(std::string_view text) {
+        server.sendResponse(accepted(), text.data(), static_cast<int>(text.size()));
+    }
+};
+
+TEST_F(SendResponseTest, EndsAReplyWithExactlyOneZeroByte) {
+    test::ClientSocket client = connect();
+    send("one");
+    send("");
+    send("two");
+    server.closeSocket(server.clients, accepted(), true);
+    EXPECT_EQ(client.untilEnd(), std::string("one\0\0two\0", 9));
+}
+
+TEST_F(SendResponseTest, JoinsPieces) {
+    test::ClientSocket client = connect();
+    const std::array<std::string_view, 4> pieces{"a", "", "bc", "d"};
+    server.sendResponse(accepted(), pieces);
+    EXPECT_EQ(client.reply(), "abcd");
+}
+
+TEST_F(SendResponseTest, WaitsForAClientThatReadsSlowly) {
+    constexpr int smallBuffer = 4096;
+    std::string text;
+    while (text.size() < std::size_t{16} * 1024 * 1024) {
+        text += std::to_string(text.size()) + ' ';
+    }
+    test::ClientSocket client = connect(smallBuffer);
+    std::string received;
+    std::thread reader([&] { received = client.reply(); });
+    send(text);
+    reader.join();
+    EXPECT_TRUE(received == text);
+}
+
+TEST_F(SendResponseTest, NeverDiesWhenTheClientIsGone) {
+    test::ClientSocket client = connect();
+    client.close();
+    const std::string text(64 * 1024, 'x');
+    EXPECT_THROW(
+        {
+            while (true) {
+                send(text);
+            }
+        },
+        SocketException);
+}
+
+TEST_F(SendResponseTest, FailsOnADescriptorThatIsNotOpen) {
+    try {
+        server.sendResponse(-1, "x", 1);
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.message, "send() error (" + std::to_string(EBADF) + ")");
+    }
+}
+
+TEST_F(SendResponseTest, GivesAClientThatDoesNotReadUpAfterTheTimeLimit) {
+    constexpr int smallBuffer = 4096;
+    server.requestTimeout = 1;
+    test::ClientSocket client = connect(smallBuffer);
+    const std::string text(16 * 1024 * 1024, 'x');
+    try {
+        send(text);
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.message, "send() error (" + std::to_string(ETIMEDOUT) + ")");
+    }
+    EXPECT_THROW(send("another reply behind half of the first one"), SocketException);
+}
+
+TEST_F(SendResponseTest, HasAFatalErrorReplyThatEscapesNothing) {
+    test::ClientSocket client = connect();
+    server.sendFatalError(accepted(), "a<'b");
+    EXPECT_EQ(client.reply(), "<fatalError cmd='a<'b'/>");
+}
+
+TEST(CheckSendError, TellsTheKindsOfFailureApart) {
+    EXPECT_NO_THROW(checkSendError(-1, 0));
+    EXPECT_NO_THROW(checkSendError(-1, 5));
+    errno = ECONNRESET;
+    EXPECT_THROW(checkSendError(-1, -1), SocketClosedException);
+    errno = EPIPE;
+    try {
+        checkSendError(-1, -1);
+        FAIL();
+    } catch (const SocketClosedException&) {
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.message, "send() error (" + std::to_string(EPIPE) + ")");
+    }
+}
+
+}  // namespace
+}  // namespace corvane

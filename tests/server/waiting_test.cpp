@@ -1,0 +1,102 @@
+#include "server/waiting.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+#include "support/wait_until.h"
+
+namespace corvane {
+namespace {
+
+volatile std::sig_atomic_t handled = 0;
+
+/// A socket pair, and signals that arrive only in waits, as in the running server.
+class WaitingTest : public testing::Test {
+  protected:
+    WaitingTest() {
+        ::sigprocmask(SIG_SETMASK, nullptr, &previousMask_);
+        struct sigaction action {};
+        action.sa_handler = [](int) { handled = handled + 1; };
+        ::sigaction(SIGCHLD, &action, &previousAction_);
+        handled = 0;
+        deliverSignalsOnlyInWaits();
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()), 0);
+    }
+    ~WaitingTest() override {
+        ::close(pair[0]);
+        ::close(pair[1]);
+        ::sigaction(SIGCHLD, &previousAction_, nullptr);
+        ::sigprocmask(SIG_SETMASK, &previousMask_, nullptr);
+    }
+
+    int waitForPair() {
+        fd_set readable;
+        FD_ZERO(&readable);
+        FD_SET(pair[0], &readable);
+        return waitForSockets(pair[0] + 1, &readable, nullptr, deadlineAfter(1));
+    }
+
+    std::array<int, 2> pair{};
+
+  private:
+    sigset_t previousMask_{};
+    struct sigaction previousAction_ {};
+};
+
+TEST_F(WaitingTest, LetsSignalsInOnlyWhileItWaits) {
+    ::raise(SIGCHLD);
+    EXPECT_EQ(handled, 0);
+    errno = 0;
+    EXPECT_EQ(waitForPair(), -1);
+    EXPECT_EQ(errno, EINTR);
+    EXPECT_EQ(handled, 1);
+    ::raise(SIGCHLD);
+    EXPECT_EQ(handled, 1);
+}
+
+TEST_F(WaitingTest, LetsSignalsInEvenWhenASocketIsReadyAtOnce) {
+    ASSERT_EQ(::write(pair[1], "x", 1), 1);
+    ::raise(SIGCHLD);
+    EXPECT_TRUE(test::waitUntil([this] { return waitForPair() == -1; }));
+    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(waitForPair(), 1);
+}
+
+TEST_F(WaitingTest, DeliversSignalsInBetween) {
+    EXPECT_FALSE(deliverPendingSignals());
+    ::raise(SIGCHLD);
+    EXPECT_TRUE(deliverPendingSignals());
+    EXPECT_EQ(handled, 1);
+    EXPECT_FALSE(deliverPendingSignals());
+}
+
+TEST_F(WaitingTest, HasTheThreeSignalsOpenInItsMask) {
+    ASSERT_NE(waitMask(), nullptr);
+    for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
+        EXPECT_EQ(sigismember(waitMask(), sig), 0);
+    }
+}
+
+TEST_F(WaitingTest, EndsAtTheDeadline) {
+    EXPECT_EQ(waitForPair(), 0);
+    EXPECT_FALSE(waitForSocket(pair[0], Direction::Read, deadlineAfter(-1)));
+}
+
+TEST_F(WaitingTest, TellsReadingAndWritingApart) {
+    EXPECT_TRUE(waitForSocket(pair[0], Direction::Write, deadlineAfter(1)));
+    ASSERT_EQ(::write(pair[1], "x", 1), 1);
+    EXPECT_TRUE(waitForSocket(pair[0], Direction::Read, deadlineAfter(1)));
+}
+
+TEST(DeadlineAfter, ZeroSecondsIsNone) {
+    EXPECT_FALSE(deadlineAfter(0).has_value());
+    EXPECT_TRUE(deadlineAfter(1).has_value());
+}
+
+}  // namespace
+}  // namespace corvane
