@@ -54,8 +54,8 @@ TEST(MakeRequest, RefusesBytesThatEndTheRequestOrTheParameter) {
 }
 
 TEST(MakeRequest, RefusesAParameterThatTheServerWouldTakeForEmpty) {
-    EXPECT_NO_THROW(requestOf("readText", {std::string(1022, 'a')}));
-    EXPECT_THROW(requestOf("readText", {std::string(1023, 'a')}), Exception);
+    EXPECT_NO_THROW(requestOf("readText", {std::string(1023, 'a')}));
+    EXPECT_THROW(requestOf("readText", {std::string(1024, 'a')}), Exception);
 }
 
 TEST(UsageLine, ShowsWhereDataComesFrom) {

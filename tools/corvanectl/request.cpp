@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view terminators("\0\x01", 2);
 
 // The server takes a longer line for an empty one.
-constexpr std::size_t longestParameter = 1022;
+constexpr std::size_t longestParameter = 1023;
 
 void checkCount(const CommandUsage& command, std::size_t given) {
     if (given < command.fewest() || given > command.most()) {
