@@ -80,6 +80,15 @@ DirectoryReader::DirectoryReader(FileDesc directory) {
     }
 }
 
+const dirent* DirectoryReader::next() {
+    errno = 0;
+    const dirent* entry = ::readdir(stream_.get());
+    if (entry == nullptr && errno != 0) {
+        throw IOException("readdir error", errno);
+    }
+    return entry;
+}
+
 bool DirectoryReader::isDirectoryEntry(const dirent& entry) const {
     if (entry.d_type == DT_UNKNOWN) {
         struct stat info {};

@@ -47,8 +47,9 @@ class DirectoryReader {
     bool isOpen() const { return stream_ != nullptr; }
     int descriptor() const { return ::dirfd(stream_.get()); }
 
-    /// The next entry, "." and ".." included, or null at the end.
-    const dirent* next() { return ::readdir(stream_.get()); }
+    /// The next entry, "." and ".." included, or null at the end. Throws IOException when the
+    /// system cannot tell: what follows may be missing, not absent.
+    const dirent* next();
 
     /// Whether bit 2 (value 4) of the entry's type byte is set: so for directories, and also for
     /// sockets and block devices. A type that the file system does not tell is looked up.
