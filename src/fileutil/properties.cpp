@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <functional>
 #include <locale>
@@ -35,6 +36,9 @@ ByteBuffer readWhole(const std::string& path) {
     ByteBuffer text;
     while (true) {
         const ssize_t count = ::read(file, text.room(readBlock), readBlock);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
         if (count <= 0) {
             return text;
         }
