@@ -1,0 +1,71 @@
+"""Which calls are made to fail, with which error numbers, and what is allowed to come of it."""
+
+import errno
+from dataclasses import dataclass
+
+from scripted_requests import CLOSED, SUCCESS
+
+HALF = 0  # the call succeeds, but does only half of what it was asked
+
+
+@dataclass(frozen=True)
+class Fault:
+    call: str
+    error: int
+
+    def __str__(self):
+        return f"{self.call} {'half done' if self.error == HALF else errno.errorcode[self.error]}"
+
+    @property
+    def must_not_be_noticed(self):
+        """Interruptions and short counts are no failures: every request has to succeed."""
+        return self.error in (HALF, errno.EINTR)
+
+    def believed(self, outcome):
+        """How the work of a request ended. A reply that could not be sent tells nothing."""
+        return CLOSED if self.call == "sendmsg" and outcome != SUCCESS else outcome
+
+    @property
+    def may_end_server(self):
+        """Without memory, and when it cannot wait any more, the server ends in an orderly way."""
+        return self.call in ("malloc", "realloc", "pselect")
+
+    @property
+    def may_abort_server(self):
+        """log4cpp's functions must not throw, so that one that lacks memory ends the process."""
+        return self.call == "malloc"
+
+
+# The first error of each call is the one that the quick run takes.
+ERRORS = {
+    "accept4": [errno.EMFILE, errno.ECONNABORTED, errno.EINTR],
+    "close": [errno.EIO],
+    "copy_file_range": [errno.ENOSPC, errno.EXDEV, HALF],
+    "fclose": [errno.ENOSPC],
+    "fcntl": [errno.EMFILE],
+    "fdopendir": [errno.ENOMEM],
+    "fork": [errno.EAGAIN],
+    "fread": [errno.EIO],
+    "fwrite": [errno.ENOSPC],
+    "malloc": [errno.ENOMEM],
+    "mkdir": [errno.ENOSPC],
+    "mkdirat": [errno.ENOSPC],
+    "open": [errno.EMFILE, errno.EACCES],
+    "openat": [errno.EMFILE, errno.EACCES],
+    "pipe": [errno.EMFILE],
+    "pselect": [errno.ENOMEM, errno.EINTR],
+    "read": [errno.EIO, errno.EINTR, HALF],
+    "readdir": [errno.EIO],
+    "realloc": [errno.ENOMEM],
+    "recv": [errno.ECONNRESET, errno.EIO, errno.EINTR],
+    "remove": [errno.EACCES],
+    "rmdir": [errno.EACCES],
+    "sendmsg": [errno.ECONNRESET, errno.EPIPE, errno.EINTR, HALF],
+    "unlinkat": [errno.EACCES],
+    "write": [errno.ENOSPC, errno.EINTR, HALF],
+}
+
+
+def faults(quick):
+    """All faults, or the first of each call."""
+    return [Fault(call, error) for call, errors in ERRORS.items() for error in errors[: 1 if quick else None]]
