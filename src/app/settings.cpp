@@ -28,8 +28,8 @@ int limitOf(const Properties& store, const std::string& key) {
 std::vector<std::string> listOf(const std::string& text) {
     std::vector<std::string> items;
     for (const std::string& piece : strExplode(text, ",")) {
-        if (std::string item = trim(piece); !item.empty()) {
-            items.push_back(std::move(item));
+        if (piece.find_first_not_of(whitespace) != std::string::npos) {
+            items.push_back(trim(piece));
         }
     }
     return items;

@@ -1,0 +1,156 @@
+#include "app/logging.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <log4cpp/BasicLayout.hh>
+#include <log4cpp/Category.hh>
+#include <log4cpp/PatternLayout.hh>
+#include <log4cpp/Priority.hh>
+#include <log4cpp/SimpleLayout.hh>
+
+#include "fileutil/paths.h"
+#include "support/environment.h"
+#include "support/scratch_directory.h"
+#include "text/exception.h"
+
+namespace corvane {
+namespace {
+
+using log4cpp::Category;
+
+/// The program seems to lie in "app" of a scratch directory, whose "home" is the home directory.
+class LoggingTest : public testing::Test {
+  protected:
+    LoggingTest() : home("HOME", scratch.directory("home")) {
+        scratch.directory("app");
+        ARGC = 1;
+        ARGV = arguments;
+    }
+    ~LoggingTest() override {
+        Category::getRoot().removeAllAppenders();
+        ARGC = 0;
+        ARGV = nullptr;
+    }
+
+    void configure(bool console = false, int port = 54321) const {
+        Log4cppConfigurator::configure("cv", settings, console, port);
+    }
+
+    std::string failure() const {
+        try {
+            configure();
+        } catch (const ConfigureFailure& e) {
+            return e.message;
+        }
+        return "none";
+    }
+
+    std::string log(const std::string& name = "app/cv54321.log") const {
+        return test::readFile(scratch / name);
+    }
+
+    test::ScratchDirectory scratch;
+    Properties settings{false};
+
+  private:
+    test::EnvironmentVariable home;
+    std::string program = scratch / "app/corvane";
+    char* arguments[2] = {program.data(), nullptr};
+};
+
+TEST_F(LoggingTest, WritesBesideTheProgramAtLevelDebugByDefault) {
+    configure();
+    EXPECT_EQ(Category::getRoot().getPriority(), log4cpp::Priority::DEBUG);
+    Category::getInstance("corvane.test").debug("a line");
+    EXPECT_NE(log().find(" [DEBUG,corvane.test] a line\n"), std::string::npos);
+}
+
+TEST_F(LoggingTest, KeepsPercentSignsOfALine) {
+    settings.setProperty("log4cpp.pattern", "%p %m%n");
+    configure();
+    Category::getInstance("corvane.test").info(std::string("100% %s %d"));
+    EXPECT_EQ(log(), "INFO 100% %s %d\n");
+}
+
+TEST_F(LoggingTest, AppendsAcrossRuns) {
+    scratch.file("app/cv54321.log", "the run before\n");
+    settings.setProperty("log4cpp.pattern", "%m%n");
+    configure();
+    configure();
+    Category::getInstance("corvane.test").info("this run");
+    EXPECT_EQ(log(), "the run before\nthis run\n");
+}
+
+TEST_F(LoggingTest, HasOneFileForEachPort) {
+    settings.setProperty("log4cpp.pattern", "%m%n");
+    configure(false, 1);
+    Category::getInstance("corvane.test").info("first");
+    configure(false, 2);
+    Category::getInstance("corvane.test").info("second");
+    EXPECT_EQ(log("app/cv1.log"), "first\n");
+    EXPECT_EQ(log("app/cv2.log"), "second\n");
+}
+
+TEST_F(LoggingTest, TakesTheLevelByItsName) {
+    settings.setProperty("log4cpp.priority", "WARN");
+    settings.setProperty("log4cpp.pattern", "%m%n");
+    configure();
+    Category::getInstance("corvane.test").notice("hidden");
+    Category::getInstance("corvane.test").warn("shown");
+    EXPECT_EQ(log(), "shown\n");
+}
+
+TEST_F(LoggingTest, RefusesAnUnknownLevelBeforeItOpensTheFile) {
+    settings.setProperty("log4cpp.priority", "LOUD");
+    EXPECT_EQ(failure(),
+              "Invalid priority (LOUD) in logging configuration file for category: root");
+    EXPECT_FALSE(getFileMode(scratch / "app/cv54321.log"));
+}
+
+TEST_F(LoggingTest, FallsBackToAHiddenFileInTheHomeDirectory) {
+    scratch.directory("app/cv54321.log");  // a file of that name cannot be opened then
+    settings.setProperty("log4cpp.pattern", "%m%n");
+    testing::internal::CaptureStderr();
+    configure(true);
+    const std::string path = scratch / "app/cv54321.log";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "acs is -1\nError creating log '" + path +
+                                                          "'\nTrying another log location '" +
+                                                          (scratch / "home/.cv54321.log") + "'\n");
+    Category::getInstance("corvane.test").info("a line");
+    EXPECT_EQ(log("home/.cv54321.log"), "a line\n");
+}
+
+TEST_F(LoggingTest, FailsWhenNeitherPlaceCanBeWritten) {
+    scratch.directory("app/cv54321.log");
+    scratch.directory("home/.cv54321.log");
+    EXPECT_EQ(failure(), "Cannot create log file " + (scratch / "home/.cv54321.log"));
+}
+
+TEST_F(LoggingTest, WritesTheSameLinesToTheConsole) {
+    settings.setProperty("log4cpp.pattern", "%m%n");
+    testing::internal::CaptureStderr();
+    configure(true);
+    Category::getInstance("corvane.test").info("a line");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "acs is -1\na line\n");
+    EXPECT_EQ(log(), "a line\n");
+}
+
+TEST_F(LoggingTest, LeavesTheConsoleAloneWhenItIsOff) {
+    testing::internal::CaptureStderr();
+    configure();
+    Category::getInstance("corvane.test").info("a line");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(GetLayout, KnowsTheTwoFixedLayoutsInThisSpelling) {
+    EXPECT_NE(dynamic_cast<log4cpp::BasicLayout*>(getLayout("basic").get()), nullptr);
+    EXPECT_NE(dynamic_cast<log4cpp::SimpleLayout*>(getLayout("simple").get()), nullptr);
+    const auto pattern = getLayout("Basic");
+    auto* const layout = dynamic_cast<log4cpp::PatternLayout*>(pattern.get());
+    ASSERT_NE(layout, nullptr);
+    EXPECT_EQ(layout->getConversionPattern(), "Basic");
+}
+
+}  // namespace
+}  // namespace corvane
