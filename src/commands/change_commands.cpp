@@ -1,8 +1,9 @@
 // Commands that change the file system: write, makeDir, delete, copy, rename.
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <log4cpp/Category.hh>
+#include <ostream>
+#include <streambuf>
 
 #include "commands/command_file.h"
 #include "commands/command_log.h"
@@ -16,26 +17,40 @@ namespace {
 
 using log4cpp::Category;
 
-constexpr std::size_t writeBlock = std::size_t{256} * 1024;
-
 std::string cleanPath(const std::string& line) {
     return correctPathInvalidChars(correctPath(line));
 }
 
-// Copies the rest of the request into the file; stops at the first block that is not taken whole.
+// Hands what is written to it to a file, in the blocks in which it comes.
+class FileSink : public std::streambuf {
+  public:
+    explicit FileSink(FILE* file) : file_(file) {}
+
+    std::size_t written() const { return written_; }
+
+  protected:
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+        const std::size_t taken = std::fwrite(bytes, 1, static_cast<std::size_t>(count), file_);
+        written_ += taken;
+        return static_cast<std::streamsize>(taken);
+    }
+
+    int_type overflow(int_type c) override {
+        const char byte = traits_type::to_char_type(c);
+        return xsputn(&byte, 1) == 1 ? c : traits_type::eof();
+    }
+
+  private:
+    FILE* file_;
+    std::size_t written_ = 0;
+};
+
+// Copies the rest of the request into the file and stops at the first byte that is not taken.
 // Returns the number of bytes written.
 std::size_t copyRest(std::istream& params, FILE* file) {
-    static std::array<char, writeBlock> block;
-    std::size_t total = 0;
-    while (true) {
-        params.read(block.data(), block.size());
-        const auto count = static_cast<std::size_t>(params.gcount());
-        const std::size_t written = count == 0 ? 0 : std::fwrite(block.data(), 1, count, file);
-        total += written;
-        if (count == 0 || written < count) {
-            return total;
-        }
-    }
+    FileSink sink(file);
+    std::ostream(&sink) << params.rdbuf();
+    return sink.written();
 }
 
 void removePartialFile(const std::string& name, const CommandLog& log) {

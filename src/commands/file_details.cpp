@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "fileutil/paths.h"
@@ -21,15 +22,43 @@ CorvaneDetail describe(FileInfo& file) {
     return detail;
 }
 
-// What sorting needs of an entry, computed once: comparing the keys is comparing the details.
-struct SortKey {
-    int kind;
-    std::string name;
-    std::size_t index;
-
-    bool operator<(const SortKey& other) const {
-        return kind != other.kind ? kind > other.kind : name < other.name;
+// Entries and their sort keys: comparing the bytes of two keys is comparing the details. All keys
+// lie in one string, so that sorting moves nothing but positions.
+class Order {
+  public:
+    explicit Order(const std::vector<FileInfo>& files) {
+        places_.reserve(files.size());
+        for (std::size_t i = 0; i < files.size(); ++i) {
+            const FileInfo& file = files[i];
+            if (file.name != DIR_THIS && file.name != DIR_PARENT) {
+                const std::size_t start = bytes_.size();
+                bytes_ += static_cast<char>(-id2directory(directory2id(file.type)) + highestKind);
+                keys_.append(file.name, bytes_);
+                places_.push_back({start, bytes_.size() - start, i});
+            }
+        }
+        std::stable_sort(places_.begin(), places_.end(),
+                         [this](const Place& a, const Place& b) { return keyOf(a) < keyOf(b); });
     }
+
+    struct Place {
+        std::size_t start;
+        std::size_t length;
+        std::size_t index;
+    };
+
+    const std::vector<Place>& places() const { return places_; }
+
+  private:
+    static constexpr int highestKind = 4;
+
+    std::string_view keyOf(const Place& place) const {
+        return std::string_view(bytes_).substr(place.start, place.length);
+    }
+
+    LexKeys keys_{lex_icoll};
+    std::string bytes_;
+    std::vector<Place> places_;
 };
 
 }  // namespace
@@ -40,21 +69,11 @@ int cmpFileInfo2(const CorvaneDetail& a, const CorvaneDetail& b) {
 }
 
 std::vector<CorvaneDetail> files2details(std::vector<FileInfo> files) {
-    std::vector<SortKey> order;
-    order.reserve(files.size());
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        const std::string& name = files[i].name;
-        if (name != DIR_THIS && name != DIR_PARENT) {
-            order.push_back(
-                {id2directory(directory2id(files[i].type)), lexKey(name, lex_icoll), i});
-        }
-    }
-    std::stable_sort(order.begin(), order.end());
-
+    const Order order(files);
     std::vector<CorvaneDetail> details;
-    details.reserve(order.size());
-    for (const SortKey& key : order) {
-        CorvaneDetail& detail = details.emplace_back(describe(files[key.index]));
+    details.reserve(order.places().size());
+    for (const Order::Place& place : order.places()) {
+        CorvaneDetail& detail = details.emplace_back(describe(files[place.index]));
         if (detail.id == directory2id(1)) {
             detail.value = correctDirectoryPath(std::move(detail.value));
         }

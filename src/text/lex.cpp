@@ -107,15 +107,29 @@ int lex_stricmp(const char* a, const char* b) { return lex_strcmp_coll(a, b, lex
 
 int lex_stricmp(std::string_view a, std::string_view b) { return lex_strcmp_coll(a, b, lex_icoll); }
 
-std::string lexKey(std::string_view text, LexKey key) {
-    // Two bytes hold the key of any ASCII character. Longer keys follow a byte that is greater than
-    // the first byte of every short one, so comparing bytes still compares keys.
+LexKeys::LexKeys(LexKey key) : key_(key), ascii_{} {
+    for (std::size_t c = 0; c < ascii_.size(); ++c) {
+        const std::uint32_t place = key(static_cast<wchar_t>(c));
+        ascii_[c] = {static_cast<char>(place >> 8), static_cast<char>(place)};
+    }
+}
+
+// Two bytes hold the key of any ASCII character. Longer keys follow a byte that is greater than the
+// first byte of every short one, so comparing bytes still compares keys.
+void LexKeys::append(std::string_view text, std::string& bytes) const {
     constexpr std::uint32_t SHORT_KEYS_END = 0x8000;
-    std::string bytes;
-    bytes.reserve(2 * text.size());
-    wchar_t c = 0;
-    while (nextCharacter(text, c)) {
-        const std::uint32_t place = key(c);
+    while (!text.empty()) {
+        const auto first = static_cast<unsigned char>(text.front());
+        if (first < ascii_.size()) {
+            bytes.append(ascii_[first].data(), ascii_[first].size());
+            text.remove_prefix(1);
+            continue;
+        }
+        wchar_t c = 0;
+        if (!nextCharacter(text, c)) {
+            return;
+        }
+        const std::uint32_t place = key_(c);
         if (place < SHORT_KEYS_END) {
             appendBigEndian(bytes, place, 2);
         } else {
@@ -123,6 +137,11 @@ std::string lexKey(std::string_view text, LexKey key) {
             appendBigEndian(bytes, place, 4);
         }
     }
+}
+
+std::string lexKey(std::string_view text, LexKey key) {
+    std::string bytes;
+    LexKeys(key).append(text, bytes);
     return bytes;
 }
 

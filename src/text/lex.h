@@ -2,6 +2,7 @@
 // base letters and '_' right after '.'. Bytes that are not decodable do not take part.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -29,8 +30,21 @@ int lex_strcmp(std::string_view a, std::string_view b);
 int lex_stricmp(const char* a, const char* b);
 int lex_stricmp(std::string_view a, std::string_view b);
 
-/// Bytes whose plain comparison (as by std::string's <) gives the order of lex_strcmp_coll(), so
-/// that sorting many names decodes each of them once.
+/// Turns texts into bytes whose plain comparison (as by std::string's <) gives the order of
+/// lex_strcmp_coll(), so that sorting many names decodes each of them once.
+class LexKeys {
+  public:
+    explicit LexKeys(LexKey key);
+
+    void append(std::string_view text, std::string& bytes) const;
+
+  private:
+    LexKey key_;
+    /// The bytes of every ASCII character.
+    std::array<std::array<char, 2>, 128> ascii_;
+};
+
+/// The bytes of one text.
 std::string lexKey(std::string_view text, LexKey key);
 
 /// 'A' to 'Z' stay as they are; 'a' to 'z' give 1 to 26, not their upper-case form, as they always
