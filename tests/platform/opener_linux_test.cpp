@@ -1,0 +1,164 @@
+// The opener with stand-ins for the desktop's programs, found through PATH.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/opener.h"
+#include "support/child_reports.h"
+#include "support/environment.h"
+#include "support/log_capture.h"
+#include "support/scratch_directory.h"
+#include "support/thrown.h"
+
+namespace corvane {
+namespace {
+
+using test::ChildReports;
+using test::thrownBy;
+using Lines = std::vector<std::string>;
+
+class Opener : public ::testing::Test {
+  protected:
+    void install(const std::string& name) {
+        ASSERT_EQ(::symlink(CHILD_REPORT, (bin + name).c_str()), 0);
+    }
+    void installScript(const std::string& text) {
+        scratch.program("bin/xdg-open", "#!/bin/sh\n" + text);
+    }
+
+    test::ScratchDirectory scratch;
+    std::string bin = scratch.directory("bin") + "/";
+    test::EnvironmentVariable path{"PATH", bin};
+    ChildReports reports{scratch};
+    test::LogCapture log;
+};
+
+const std::string address = "http://server/page?a=b&c=%20#\xC4\x85";
+
+TEST_F(Opener, HandsAnAddressToXdgOpen) {
+    install("xdg-open");
+    install("gio");
+    openAddress(address);
+    EXPECT_EQ(reports.nextArguments(), (Lines{"xdg-open", address}));
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
+TEST_F(Opener, HandsAnAddressToGioWhereThereIsNoXdgOpen) {
+    install("gio");
+    openAddress(address);
+    EXPECT_EQ(reports.nextArguments(), (Lines{"gio", "open", address}));
+}
+
+TEST_F(Opener, GivesTheProgramTheNullDeviceAndNothingElse) {
+    install("xdg-open");
+    openAddress(address);
+    const Lines report = reports.next();
+    EXPECT_EQ(ChildReports::valuesOf(report, "descriptor").size(), 3U);
+    EXPECT_EQ(ChildReports::valuesOf(report, "SigBlk:"), Lines{"0000000000000000"});
+}
+
+TEST_F(Opener, SaysWhatToInstallWhereThereIsNoProgram) {
+    EXPECT_EQ(thrownBy<IOException>([] { openAddress("http://x/"); }),
+              test::withCode("LSOpenCFURLRef error for file 'http://x/': no program to open it "
+                             "with; install xdg-open (package xdg-utils) or gio",
+                             ENOENT));
+}
+
+TEST_F(Opener, WarnsAboutADocumentWhereThereIsNoProgram) {
+    openDocument("a%s.txt");
+    EXPECT_EQ(log.lines(), Lines{"WARN corvane.platform.open no program to open 'a%s.txt' with; "
+                                 "install xdg-open (package xdg-utils) or gio"});
+}
+
+TEST_F(Opener, ReportsTheStatusOfAProgramThatFails) {
+    installScript("exit 3\n");
+    EXPECT_EQ(thrownBy<IOException>([] { openAddress("http://x/"); }),
+              "LSOpenCFURLRef error for file 'http://x/' (3)");
+}
+
+TEST_F(Opener, ReportsAProgramThatIsKilled) {
+    installScript("kill -9 $$\n");
+    EXPECT_EQ(thrownBy<IOException>([] { openAddress("http://x/"); }),
+              "LSOpenCFURLRef error for file 'http://x/' (137)");
+}
+
+TEST_F(Opener, ReportsAProgramThatCannotBeExecuted) {
+    scratch.directory("bin/xdg-open");
+    EXPECT_EQ(thrownBy<IOException>([] { openAddress("http://x/"); }),
+              "LSOpenCFURLRef error for file 'http://x/' (255)");
+}
+
+TEST_F(Opener, IsContentWithAProgramThatIsStillRunning) {
+    ASSERT_EQ(::mkfifo((scratch / "release").c_str(), 0600), 0);
+    const test::EnvironmentVariable release("RELEASE", scratch / "release");
+    installScript("read line < \"$RELEASE\"\necho end > \"$CHILD_REPORT\"\nexit 3\n");
+    EXPECT_NO_THROW(openAddress("http://x/"));
+    test::writeFile(scratch / "release", "go\n");
+    EXPECT_EQ(reports.next(), Lines{});
+    int status = 0;
+    ASSERT_GT(::wait(&status), 0);
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+}
+
+TEST_F(Opener, CollectsTheProgramThatHasEnded) {
+    installScript("exit 0\n");
+    openAddress("http://x/");
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(Opener, LeavesTheSignalMaskAsItWas) {
+    sigset_t before;
+    sigset_t after;
+    ::sigprocmask(SIG_BLOCK, nullptr, &before);
+    installScript("exit 0\n");
+    openAddress("http://x/");
+    ::sigprocmask(SIG_BLOCK, nullptr, &after);
+    EXPECT_EQ(sigismember(&after, SIGCHLD), sigismember(&before, SIGCHLD));
+}
+
+TEST_F(Opener, RejectsWhatIsNoAddress) {
+    install("xdg-open");
+    for (const std::string target : {"://x", "1a://x", "a b://x", "http://x y", "http://<x>",
+                                     "http://x\n", "C\\:/x", "http://x|", "/a:/b", ":/"}) {
+        EXPECT_EQ(thrownBy([&] { openAddress(target); }),
+                  "Cannot create CFURLRef for '" + target + "'");
+    }
+}
+
+TEST_F(Opener, AcceptsAnyScheme) {
+    install("xdg-open");
+    for (const std::string target : {"C:/Docs/a.txt", "x-y+z.1:/a", "file:///tmp"}) {
+        openAddress(target);
+        EXPECT_EQ(reports.nextArguments(), (Lines{"xdg-open", target}));
+    }
+}
+
+TEST_F(Opener, HandsADocumentToTheProgramWithoutWaiting) {
+    install("xdg-open");
+    openDocument("dir/some document.txt");
+    EXPECT_EQ(reports.nextArguments(), (Lines{"xdg-open", "dir/some document.txt"}));
+    EXPECT_EQ(log.lines(), Lines{});
+    ::wait(nullptr);
+}
+
+TEST_F(Opener, IgnoresAFailureWithADocument) {
+    installScript("echo end > \"$CHILD_REPORT\"\nexit 3\n");
+    openDocument("a.txt");
+    EXPECT_EQ(reports.next(), Lines{});
+    ::wait(nullptr);
+}
+
+TEST_F(Opener, NeverLetsTheNameOfADocumentLookLikeAnOption) {
+    install("xdg-open");
+    openDocument("--help.txt");
+    EXPECT_EQ(reports.nextArguments(), (Lines{"xdg-open", "./--help.txt"}));
+    ::wait(nullptr);
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,121 @@
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "fileutil/file_desc.h"
+#include "platform/system.h"
+#include "support/scratch_directory.h"
+
+namespace corvane {
+namespace {
+
+// A listener on a free port of the loopback address, and connections to it.
+class Connections : public ::testing::Test {
+  protected:
+    Connections() : listener(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        auto* generic = reinterpret_cast<sockaddr*>(&address);
+        EXPECT_EQ(::bind(listener, generic, length), 0);
+        EXPECT_EQ(::listen(listener, 4), 0);
+        EXPECT_EQ(::getsockname(listener, generic, &length), 0);
+    }
+
+    FileDesc connect() const {
+        FileDesc client(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        EXPECT_EQ(::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address),
+                  0);
+        return client;
+    }
+
+    FileDesc listener;
+    sockaddr_in address{};
+    sockaddr_in peer{};
+};
+
+TEST_F(Connections, AreAcceptedBlockingAndCloseOnExec) {
+    const FileDesc client = connect();
+    const FileDesc accepted(platform::acceptConnection(listener, peer));
+    ASSERT_NE(accepted, -1);
+    EXPECT_EQ(::fcntl(accepted, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(::fcntl(accepted, F_GETFD), FD_CLOEXEC);
+    sockaddr_in own{};
+    socklen_t length = sizeof own;
+    ASSERT_EQ(::getsockname(client, reinterpret_cast<sockaddr*>(&own), &length), 0);
+    EXPECT_EQ(peer.sin_port, own.sin_port);
+    EXPECT_EQ(peer.sin_addr.s_addr, own.sin_addr.s_addr);
+}
+
+TEST_F(Connections, AreNotWaitedFor) {
+    EXPECT_EQ(platform::acceptConnection(listener, peer), -1);
+    EXPECT_EQ(errno, EAGAIN);
+}
+
+TEST_F(Connections, RaiseNoSignalWhenThePeerIsGone) {
+    FileDesc client = connect();
+    const FileDesc accepted(platform::acceptConnection(listener, peer));
+    ASSERT_EQ(::shutdown(accepted, SHUT_WR), 0);
+    const auto previous = ::signal(SIGPIPE, SIG_DFL);
+    EXPECT_EQ(::send(accepted, "x", 1, platform::sendFlags()), -1);
+    EXPECT_EQ(errno, EPIPE);
+    ::signal(SIGPIPE, previous);
+}
+
+TEST_F(Connections, GiveUpTheBytesThatWereSeen) {
+    const FileDesc client = connect();
+    const FileDesc accepted(platform::acceptConnection(listener, peer));
+    ASSERT_EQ(::send(client, "abcdef", 6, 0), 6);
+    std::array<char, 8> bytes{};
+    ASSERT_EQ(::recv(accepted, bytes.data(), 6, MSG_PEEK | MSG_WAITALL), 6);
+    EXPECT_EQ(platform::discardReceived(accepted, 4), 4);
+    ASSERT_EQ(::recv(accepted, bytes.data(), bytes.size(), 0), 2);
+    EXPECT_EQ(std::string(bytes.data(), 2), "ef");
+}
+
+TEST(SocketPairs, GiveUpTheBytesThatWereSeen) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    const FileDesc here(ends[0]);
+    const FileDesc there(ends[1]);
+    const std::string sent = std::string(20'000, 'x') + "ef";
+    ASSERT_EQ(::send(there, sent.data(), sent.size(), 0), static_cast<ssize_t>(sent.size()));
+    EXPECT_EQ(platform::discardReceived(here, 20'000), 20'000);
+    std::array<char, 8> bytes{};
+    ASSERT_EQ(::recv(here, bytes.data(), bytes.size(), 0), 2);
+    EXPECT_EQ(std::string(bytes.data(), 2), "ef");
+    EXPECT_EQ(platform::discardReceived(here, 5), -1);
+}
+
+TEST(CopyInKernel, StartsAtTheCurrentOffsetsAndTruncatesNothing) {
+    const test::ScratchDirectory scratch;
+    const FileDesc from(::open(scratch.file("from", "0123456789").c_str(), O_RDONLY));
+    const FileDesc to(::open(scratch.file("to", "abcdefghij").c_str(), O_WRONLY));
+    ::lseek(from, 2, SEEK_SET);
+    ::lseek(to, 5, SEEK_SET);
+    const ssize_t copied = platform::copyInKernel(from, to, 3);
+    if (copied == -1) {
+        GTEST_SKIP() << "this file system does not copy by itself";
+    }
+    EXPECT_EQ(copied, 3);
+    EXPECT_EQ(test::readFile(scratch / "to"), "abcde234ij");
+    ::lseek(from, 0, SEEK_END);
+    EXPECT_EQ(platform::copyInKernel(from, to, 3), 0);
+}
+
+TEST(SearchFlag, OpensADirectoryWhoseEntriesCanBeReached) {
+    const test::ScratchDirectory scratch;
+    scratch.file("file");
+    const FileDesc directory(
+        ::open(scratch.path().c_str(), platform::searchFlag() | O_DIRECTORY | O_CLOEXEC));
+    EXPECT_EQ(::faccessat(directory, "file", F_OK, 0), 0);
+}
+
+}  // namespace
+}  // namespace corvane
