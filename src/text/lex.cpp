@@ -107,21 +107,17 @@ int lex_stricmp(const char* a, const char* b) { return lex_strcmp_coll(a, b, lex
 
 int lex_stricmp(std::string_view a, std::string_view b) { return lex_strcmp_coll(a, b, lex_icoll); }
 
-LexKeys::LexKeys(LexKey key) : key_(key), ascii_{} {
+LexKeys::LexKeys(LexKey key) : key_(key) {
     for (std::size_t c = 0; c < ascii_.size(); ++c) {
-        const std::uint32_t place = key(static_cast<wchar_t>(c));
-        ascii_[c] = {static_cast<char>(place >> 8), static_cast<char>(place)};
+        appendPlace(key(static_cast<wchar_t>(c)), ascii_[c]);
     }
 }
 
-// Two bytes hold the key of any ASCII character. Longer keys follow a byte that is greater than the
-// first byte of every short one, so comparing bytes still compares keys.
 void LexKeys::append(std::string_view text, std::string& bytes) const {
-    constexpr std::uint32_t SHORT_KEYS_END = 0x8000;
     while (!text.empty()) {
         const auto first = static_cast<unsigned char>(text.front());
         if (first < ascii_.size()) {
-            bytes.append(ascii_[first].data(), ascii_[first].size());
+            bytes += ascii_[first];
             text.remove_prefix(1);
             continue;
         }
@@ -129,13 +125,19 @@ void LexKeys::append(std::string_view text, std::string& bytes) const {
         if (!nextCharacter(text, c)) {
             return;
         }
-        const std::uint32_t place = key_(c);
-        if (place < SHORT_KEYS_END) {
-            appendBigEndian(bytes, place, 2);
-        } else {
-            bytes += '\x80';
-            appendBigEndian(bytes, place, 4);
-        }
+        appendPlace(key_(c), bytes);
+    }
+}
+
+// Two bytes hold a short key, such as that of an ASCII character. A longer one follows a byte that
+// is greater than the first byte of every short one, so that comparing bytes still compares keys.
+void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) {
+    constexpr std::uint32_t SHORT_KEYS_END = 0x8000;
+    if (place < SHORT_KEYS_END) {
+        appendBigEndian(bytes, place, 2);
+    } else {
+        bytes += '\x80';
+        appendBigEndian(bytes, place, 4);
     }
 }
 

@@ -40,8 +40,10 @@ class LexKeys {
 
   private:
     LexKey key_;
+    static void appendPlace(std::uint32_t place, std::string& bytes);
+
     /// The bytes of every ASCII character.
-    std::array<std::array<char, 2>, 128> ascii_;
+    std::array<std::string, 128> ascii_;
 };
 
 /// The bytes of one text.
