@@ -9,6 +9,7 @@
 #include <log4cpp/SimpleLayout.hh>
 #include <stdexcept>
 
+#include "app/default_layout.h"
 #include "fileutil/paths.h"
 #include "text/exception.h"
 #include "text/log.h"
@@ -65,7 +66,8 @@ void Log4cppConfigurator::configure(const std::string& name, const Properties& s
     Category& root = Category::getRoot();
     root.removeAllAppenders();
     Category& log = Category::getInstance("corvane.log");
-    const std::string pattern = settings.getPropertyAsString("log4cpp.pattern", "%d [%p,%c] %m%n");
+    const std::string pattern =
+        settings.getPropertyAsString("log4cpp.pattern", DefaultLayout::pattern);
     if (console) {
         attach(root, "console", ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1),
                pattern);
@@ -81,6 +83,9 @@ std::unique_ptr<log4cpp::Layout> getLayout(const std::string& spec) {
     }
     if (spec == "simple") {
         return std::make_unique<log4cpp::SimpleLayout>();
+    }
+    if (spec == DefaultLayout::pattern) {
+        return std::make_unique<DefaultLayout>();
     }
     auto layout = std::make_unique<log4cpp::PatternLayout>();
     layout->setConversionPattern(spec);

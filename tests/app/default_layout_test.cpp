@@ -1,0 +1,40 @@
+#include "app/default_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <log4cpp/LoggingEvent.hh>
+#include <log4cpp/PatternLayout.hh>
+#include <log4cpp/Priority.hh>
+#include <string>
+#include <vector>
+
+namespace corvane {
+namespace {
+
+TEST(DefaultLayout, WritesTheSameBytesAsThePatternLayout) {
+    log4cpp::PatternLayout reference;
+    reference.setConversionPattern(DefaultLayout::pattern);
+    DefaultLayout layout;
+    for (const int priority : {-1, 0, 100, 200, 300, 400, 500, 550, 600, 700, 800, 900}) {
+        for (const std::string message : {"", "plain", "100% %s\nsecond line", "\x01\xFF"}) {
+            const log4cpp::LoggingEvent event("corvane.server", message, "", priority);
+            EXPECT_EQ(layout.format(event), reference.format(event));
+        }
+    }
+}
+
+TEST(DefaultLayout, WritesEveryMillisecondAndSecondLikeThePatternLayout) {
+    log4cpp::PatternLayout reference;
+    reference.setConversionPattern(DefaultLayout::pattern);
+    DefaultLayout layout;
+    log4cpp::LoggingEvent event("a", "b", "", log4cpp::Priority::INFO);
+    for (const unsigned second : {0U, 1U, 951782399U, 951782400U, 1711846800U, 2147483647U, 1U}) {
+        for (unsigned millisecond = 0; millisecond < 1000; millisecond += 37) {
+            event.timeStamp = log4cpp::TimeStamp(second, millisecond * 1000 + 999);
+            ASSERT_EQ(layout.format(event), reference.format(event));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace corvane
