@@ -87,8 +87,8 @@ void serve(log4cpp::Category& log) {
 
 void stop(log4cpp::Category& log, std::unique_ptr<Server> running) {
     try {
-        running.reset();
         server = nullptr;
+        running.reset();
         log.notice("stop service");
         pidFile.release();
         log.debug("pid file release");
@@ -116,6 +116,7 @@ int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
     }
     log.notice("start %s v. %s", productName, CORVANE_VERSION);
     enterWorkingDirectory(log, settings.currentDirectory);
+    // stop() clears it again. cppcheck-suppress danglingLifetime
     server = newServer.get();
     settings.apply(*server);
     serve(log);

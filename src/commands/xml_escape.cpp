@@ -50,7 +50,8 @@ Vector specialBytes(const char* bytes) {
 
 bool blockHasSpecial(const char* block) {
     const Vector found = specialBytes(block) | specialBytes(block + sizeof(Vector));
-    std::array<std::uint64_t, sizeof(Vector) / sizeof(std::uint64_t)> halves{};
+    std::array<std::uint64_t, 2> halves{};
+    static_assert(sizeof halves == sizeof found);
     std::memcpy(halves.data(), &found, sizeof found);
     return (halves[0] | halves[1]) != 0;
 }
@@ -112,7 +113,7 @@ void escapeXml(const char* text, int length, std::ostream& out) {
 
 void writeEscapeTag(std::ostream* out, std::string* str, const char* name) {
     if (out != nullptr) {
-        *out << '&' << name << ';';
+        writeEscapeTag(*out, name);
     } else {
         *str += '&';
         *str += name;
@@ -120,7 +121,7 @@ void writeEscapeTag(std::ostream* out, std::string* str, const char* name) {
     }
 }
 
-void writeEscapeTag(std::ostream& out, const char* name) { writeEscapeTag(&out, nullptr, name); }
+void writeEscapeTag(std::ostream& out, const char* name) { out << '&' << name << ';'; }
 
 void writeStringN(std::ostream* out, std::string* str, const char* text, int n) {
     const std::string_view plain = bytes(text, n);
