@@ -253,9 +253,9 @@ TEST_F(ToolRun, LeavesNoDescriptorOpenWhateverHappens) {
 
 TEST_F(ToolRun, FailsWithoutDescriptorsForItsPipes) {
     tool("printf ok");
-    const auto next = static_cast<rlim_t>(test::nextDescriptor());
-    for (const rlim_t free : {0U, 1U, 2U, 3U}) {
-        const test::ResourceLimit descriptors(RLIMIT_NOFILE, next + free);
+    const int next = test::nextDescriptor();
+    for (const int free : {0, 1, 2, 3}) {
+        const test::DescriptorLimit descriptors(next + free);
         EXPECT_EQ(runFailing(), "pipe() fail (24)") << free;
     }
     EXPECT_EQ(run(), "ok");

@@ -238,16 +238,16 @@ TEST_F(CopyDirectory, CopiesNamesOfAnyBytes) {
 TEST_F(CopyDirectory, FailsWithoutDescriptorsAndSucceedsLater) {
     scratch.file("src/a/b/c/d/e/file", "1");
     scratch.directory("dst");
-    for (rlim_t free = 0;; ++free) {
-        const auto next = static_cast<rlim_t>(test::nextDescriptor());
+    for (int free = 0;; ++free) {
+        const int next = test::nextDescriptor();
         try {
-            const test::ResourceLimit descriptors(RLIMIT_NOFILE, next + free);
+            const test::DescriptorLimit descriptors(next + free);
             copyDirectory(scratch / "src", scratch / "dst", nullptr);
             break;
         } catch (const IOException& e) {
             EXPECT_EQ(e.code, EMFILE) << e.what();
         }
-        ASSERT_LT(free, 64U);
+        ASSERT_LT(free, 64);
     }
     EXPECT_EQ(treeAt(scratch / "dst"), treeAt(scratch / "src"));
 }

@@ -206,11 +206,11 @@ TEST_F(Removing, RemovesNamesOfAnyBytes) {
 // Running out of descriptors in the middle of a tree must never look like an empty directory.
 TEST_F(Removing, FailsWithoutDescriptorsAndSucceedsLater) {
     scratch.file("tree/a/b/c/d/e/f/file");
-    for (rlim_t free = 0;; ++free) {
+    for (int free = 0;; ++free) {
         const int next = test::nextDescriptor();
         std::string failure = "none";
         {
-            const test::ResourceLimit descriptors(RLIMIT_NOFILE, static_cast<rlim_t>(next) + free);
+            const test::DescriptorLimit descriptors(next + free);
             try {
                 removeDirectory(scratch / "tree", true);
             } catch (const IOException& e) {
@@ -222,7 +222,7 @@ TEST_F(Removing, FailsWithoutDescriptorsAndSucceedsLater) {
             break;
         }
         EXPECT_TRUE(fs::exists(scratch / "tree/a/b/c/d/e/f/file")) << failure;
-        ASSERT_LT(free, 64U);
+        ASSERT_LT(free, 64);
     }
     EXPECT_TRUE(fs::is_empty(scratch.path()));
 }

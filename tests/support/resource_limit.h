@@ -8,6 +8,9 @@
 #include <unistd.h>
 
 #include <stdexcept>
+#include <string>
+
+#include "support/thrown.h"
 
 namespace corvane::test {
 
@@ -38,6 +41,18 @@ inline int nextDescriptor() {
     ::close(next);
     return next;
 }
+
+/// No descriptor with the number `count` or a higher one can be opened. The undefined-behaviour
+/// sanitizer needs one itself when it meets a class for the first time, so that the exceptions to
+/// come are shown to it before.
+class DescriptorLimit {
+  public:
+    explicit DescriptorLimit(int count) : limit_(RLIMIT_NOFILE, static_cast<rlim_t>(count)) {}
+
+  private:
+    static inline const std::string known_ = thrownBy([] { throw IOException("", 0); });
+    ResourceLimit limit_;
+};
 
 /// No file may grow beyond `bytes`: writing more fails with EFBIG, without a signal.
 class FileSizeLimit {
