@@ -55,10 +55,14 @@ const Plan& plan() {
 pid_t armedProcess = 0;
 long calls = 0;
 
+// What runs at the exit of the process, such as the notes of a coverage build, is left alone.
+void disarm() { armedProcess = -1; }
+
 void arm() {
     if (armedProcess == 0) {
         static_cast<void>(plan());
         armedProcess = ::getpid();
+        std::atexit(disarm);
     }
 }
 
@@ -71,7 +75,7 @@ void report() {
 
 // Whether this is the call that fails.
 bool isTheOne(std::string_view call) {
-    if (armedProcess == 0 || plan().call != call || ::getpid() != armedProcess ||
+    if (armedProcess <= 0 || plan().call != call || ::getpid() != armedProcess ||
         ++calls != plan().nth) {
         return false;
     }

@@ -48,7 +48,7 @@ def run_once(arguments, fault, nth):
                 if status := server.stop():
                     problems.append(f"ended with status {status}")
             else:
-                outcomes["server ended"] += 1
+                outcomes["server aborted" if server.wait_for_end() else "server ended"] += 1
                 problems.append(check_end(server, fault))
             return server.fault_happened, outcomes, [problem for problem in problems if problem]
         except (Hang, OSError) as error:
@@ -85,8 +85,9 @@ def main():
             broken += len(problems)
             print(f"{str(fault):28} {outcomes['faults']:4} faults", *problems, sep="\n    ", flush=True)
     print("faults survived: {faults}; requests: {SUCCESS} answered SUCCESS, {FAILED} FAILED, "
-          "{closed} connections closed; {ended} orderly ends".format(
-              **{"SUCCESS": 0, "FAILED": 0, "closed": 0} | total, ended=total["server ended"]))
+          "{closed} connections closed; {ended} orderly ends, {aborted} aborts".format(
+              **{"SUCCESS": 0, "FAILED": 0, "closed": 0} | total, ended=total["server ended"],
+              aborted=total["server aborted"]))
     return 1 if broken or not total["faults"] else 0
 
 

@@ -126,7 +126,7 @@ void childSignals(const Options& options) {
 
 void terminations(const Options& options) {
     constexpr int longestRun = 4000;  // microseconds
-    const std::size_t total = options.scaled(2'000, 60);
+    const std::size_t total = options.scaled(10'000, 60);
     std::size_t requests = 0;
     for (std::size_t i = 0; i < total; ++i) {
         ServerProcess server(options.server, {.priority = "DEBUG"});
