@@ -116,7 +116,7 @@ int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
     }
     log.notice("start %s v. %s", productName, CORVANE_VERSION);
     enterWorkingDirectory(log, settings.currentDirectory);
-    // stop() clears it again. cppcheck-suppress danglingLifetime
+    // cppcheck-suppress danglingLifetime ; stop() clears it again
     server = newServer.get();
     settings.apply(*server);
     serve(log);

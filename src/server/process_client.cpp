@@ -24,6 +24,17 @@ log4cpp::Category& clientLog() {
     return log;
 }
 
+// No function of the logging library may throw, and it copies a line several times. So memory that
+// runs out with a large request must run out here.
+void logRequest(std::string_view text) {
+    constexpr std::size_t large = 64 * 1024;
+    constexpr std::size_t copies = 8;
+    if (text.size() > large) {
+        static_cast<void>(std::make_unique<char[]>(copies * text.size()));
+    }
+    clientLog().debug("request data '" + std::string(text) + "'");
+}
+
 void logFailure(int sock, const char* reason) {
     if (clientLog().isInfoEnabled()) {
         clientLog().info("Closing client %s because it has caused exception: %s",
@@ -40,10 +51,7 @@ bool Server::processClient(int sock) {
     } catch (const ForeignRequest& e) {
         return refuseForeignRequest(sock, e.line);
     } catch (const SocketClosedException& e) {
-        if (clientLog().isInfoEnabled()) {
-            clientLog().info("Client %s has closed connection", formatAddress(sock).c_str());
-        }
-        return errorCloseSocket(sock, e.graceful);
+        return closeFinished(sock, e.graceful);
     } catch (const SocketException& e) {
         if (clientLog().isErrorEnabled()) {
             clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(),
@@ -59,11 +67,11 @@ bool Server::processClient(int sock) {
 }
 
 bool Server::serveRequest(int sock) {
-    if (!readRequest(sock, request_)) {
-        return true;
+    if (const Received received = receiveRequest(sock, request_); received != Received::Request) {
+        return received == Received::LineEnd || closeFinished(sock, true);
     }
     if (isLogged(log4cpp::Priority::DEBUG)) {
-        clientLog().debug("request data '" + std::string(request_.view()) + "'");
+        logRequest(request_.view());
     }
     params_.open(request_.view());
     const std::string cmd = getline(params_);
@@ -79,6 +87,14 @@ bool Server::serveRequest(int sock) {
     }
     processClientCommand(sock, cmd, params_);
     return true;
+}
+
+// Closes a connection that the client has ended.
+bool Server::closeFinished(int sock, bool graceful) {
+    if (isLogged(log4cpp::Priority::INFO)) {
+        clientLog().info("Client %s has closed connection", formatAddress(sock).c_str());
+    }
+    return errorCloseSocket(sock, graceful);
 }
 
 // Answers and closes a connection that no application has made; it does not count as an

@@ -47,17 +47,30 @@ bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
 }  // namespace
 
 bool Server::readRequest(int sock, ByteBuffer& out) {
+    const Received received = receiveRequest(sock, out);
+    if (received == Received::End) {
+        throw SocketClosedException(sock, true);
+    }
+    return received == Received::Request;
+}
+
+// Connections end as often as they begin: that is a result, not an exception, which would cost as
+// much as all the rest of a connection's end.
+Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
     out.clearAndShrink(keptBuffer);
     Deadline deadline;
     bool firstLineChecked = allowHttp;
     while (true) {
         const std::size_t before = out.size();
         const std::size_t seen = receiveChunk(sock, out, deadline);
+        if (seen == 0) {
+            return Received::End;
+        }
         const std::string_view chunk(out.data() + before, seen);
         if (before == 0 && isLineEnd(chunk.front())) {
             platform::discardReceived(sock, 1);
             logBytes(chunk.substr(0, 1));
-            return false;
+            return Received::LineEnd;
         }
         const std::size_t end = findTerminator(chunk);
         const bool complete = end < seen;
@@ -73,7 +86,7 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
             if (isLogged(log4cpp::Priority::DEBUG)) {
                 requestLog().debug("request size %d", static_cast<int>(out.size()));
             }
-            return true;
+            return Received::Request;
         }
         if (before == 0) {
             deadline = deadlineAfter(requestTimeout);
@@ -81,7 +94,8 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
     }
 }
 
-// Waits for the next bytes and looks at them, behind what `out` holds. Returns how many they are.
+// Waits for the next bytes and looks at them, behind what `out` holds. Returns how many they are; 0
+// when the client has closed the connection.
 std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const {
     const std::size_t look = out.size() == 0 ? firstLook : laterLook;
     if (out.size() > 0) {
@@ -96,7 +110,9 @@ std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& dead
             static_cast<void>(waitForSocket(sock, Direction::Read, deadline));
             continue;
         }
-        checkRecvStatus(sock, seen);
+        if (seen != 0) {
+            checkRecvStatus(sock, seen);
+        }
         return static_cast<std::size_t>(seen);
     }
 }

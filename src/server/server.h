@@ -114,6 +114,9 @@ class Server {
     int waitForEvent(fd_set& readable);
     bool serveNext();
     bool serveRequest(int sock);
+    bool closeFinished(int sock, bool graceful);
+    enum class Received { Request, LineEnd, End };
+    Received receiveRequest(int sock, ByteBuffer& out);
     bool refuseForeignRequest(int sock, const std::string& line);
     std::size_t receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const;
     static bool checkFirstLine(std::string_view request, std::size_t alreadySearched);
