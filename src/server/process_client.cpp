@@ -30,7 +30,7 @@ void logRequest(std::string_view text) {
     constexpr std::size_t large = 64 * 1024;
     constexpr std::size_t copies = 8;
     if (text.size() > large) {
-        static_cast<void>(std::make_unique<char[]>(copies * text.size()));
+        ByteBuffer().room(copies * text.size());
     }
     clientLog().debug("request data '" + std::string(text) + "'");
 }
