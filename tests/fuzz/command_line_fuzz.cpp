@@ -2,6 +2,7 @@
 // one declare options, the others are the arguments.
 #include <algorithm>
 #include <cstring>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,42 @@ bool isValueOf(const std::vector<std::string>& arguments, const std::string& val
     return std::any_of(arguments.begin(), arguments.end(), [&](const std::string& argument) {
         return argument == value || argument.ends_with("=" + value);
     });
+}
+
+const cmdl::Option* optionOf(const cmdl::Options& options, const std::string& argument) {
+    const bool isLong = argument.starts_with("--");
+    const std::string name = argument.substr(isLong ? 2 : 1, argument.find('=') - (isLong ? 2 : 1));
+    for (const cmdl::Option& option : options.declared()) {
+        if ((isLong ? option.longName : option.shortName).starts_with(name)) {
+            return &option;
+        }
+    }
+    return nullptr;
+}
+
+// Whether the arguments fit the options.
+bool fits(const cmdl::Options& options, const std::vector<std::string>& arguments) {
+    std::set<std::string> found;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (!arguments[i].starts_with('-')) {
+            continue;
+        }
+        const cmdl::Option* const option = optionOf(options, arguments[i]);
+        if (option == nullptr) {
+            return false;
+        }
+        found.insert(option->getOpt());
+        if (!option->isBool && arguments[i].find('=') == std::string::npos) {
+            ++i;
+            if (i == arguments.size() || arguments[i].starts_with('-')) {
+                return false;
+            }
+        }
+    }
+    return std::all_of(options.declared().begin(), options.declared().end(),
+                       [&](const cmdl::Option& option) {
+                           return option.optional || found.contains(option.getOpt());
+                       });
 }
 
 void check(const cmdl::CommandLine& line, const cmdl::Options& options,
@@ -72,8 +109,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     cmdl::CommandLine line;
     try {
         line.parse(options, static_cast<int>(argv.size()), argv.data());
+        fuzz::require(fits(options, lines), "what does not fit is refused");
         check(line, options, lines);
     } catch (const cmdl::CommandLineException& e) {
+        fuzz::require(!fits(options, lines), "what fits is not refused");
         fuzz::require(std::strlen(e.what()) > 0, "a refusal says why");
     }
     fuzz::require(!options.syntax("program").empty(), "there is a help text");

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <map>
+#include <set>
 
 #include "fileutil/properties.h"
 #include "fuzz/fuzz_target.h"
@@ -38,18 +39,28 @@ std::string lowerCase(std::string text) {
     return text;
 }
 
-std::map<std::string, std::string> entriesOf(std::string_view file, bool caseSensitive) {
-    std::map<std::string, std::string> entries;
+struct Entries {
+    std::map<std::string, std::string> read;
+    // Of lines behind one that is too long.
+    std::set<std::string> notRead;
+};
+
+Entries entriesOf(std::string_view file, bool caseSensitive) {
+    Entries entries;
     std::vector<std::string> lines = fuzz::split(file, '\n');
+    bool ended = false;
     for (std::string& line : lines) {
-        if (line.size() > longestLine) {
-            break;
-        }
+        ended = ended || line.size() > longestLine;
         line = withoutBlanks(line.substr(0, line.find('\0')));
         const std::size_t equals = line.find('=');
         if (equals != std::string::npos && line[0] != '#') {
-            const std::string key = line.substr(0, equals);
-            entries[caseSensitive ? key : lowerCase(key)] = line.substr(equals + 1);
+            const std::string spelled = line.substr(0, equals);
+            const std::string key = caseSensitive ? spelled : lowerCase(spelled);
+            if (ended) {
+                entries.notRead.insert(key);
+            } else {
+                entries.read[key] = line.substr(equals + 1);
+            }
         }
     }
     return entries;
@@ -71,7 +82,12 @@ void checkNumber(const Properties& store, const std::string& key, const std::str
 void check(const std::string& path, std::string_view file, bool caseSensitive) {
     Properties store(caseSensitive);
     store.load(path);
-    for (const auto& [key, value] : entriesOf(file, caseSensitive)) {
+    const Entries entries = entriesOf(file, caseSensitive);
+    for (const std::string& key : entries.notRead) {
+        fuzz::require(entries.read.contains(key) || store.getProperty(key) == nullptr,
+                      "a line that is too long ends the file");
+    }
+    for (const auto& [key, value] : entries.read) {
         fuzz::require(store.getProperty(key) != nullptr, "every line with = is an entry");
         fuzz::require(store.getPropertyAsString(key, "") == value, "the last value of a key wins");
         checkNumber(store, key, value);
