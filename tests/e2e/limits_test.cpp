@@ -1,0 +1,117 @@
+// The keys that close the server further: time and size of a request, the list of commands; and the
+// memory that a request may need.
+#include <sys/resource.h>
+
+#include <cerrno>
+
+#include "e2e/server_test.h"
+
+namespace corvane::test {
+namespace {
+
+using std::string_literals::operator""s;
+
+const std::string clientLog = "corvane.server.process.client ";
+
+class LimitsTest : public ServerTest {
+  protected:
+    void expectService() {
+        EXPECT_EQ(server().request("currentDir"), currentDirReply(server().directory().path()));
+    }
+    bool hasClosed(const std::string& address, const std::string& reason) const {
+        return server().waitForLog("INFO " + clientLog + "Closing client " + address +
+                                   " because it has caused exception: " + reason + "\n");
+    }
+};
+
+TEST_F(LimitsTest, CloseAClientThatDoesNotCompleteItsRequestInTime) {
+    ClientSocket client = start("REQUESTTIMEOUT=1\n").connect();
+    client.send("currentD");
+    EXPECT_TRUE(client.isEnded());
+    EXPECT_TRUE(hasClosed(client.address(), "request is not complete after 1 s"));
+    expectService();
+}
+
+TEST_F(LimitsTest, CloseAClientThatSendsOneRequestWithoutAPauseForTooLong) {
+    ClientSocket client = start("REQUESTTIMEOUT=1\nlog4cpp.priority=INFO\n").connect();
+    client.send("write\n/dev/null\n");
+    while (client.trySend(std::string(64 * 1024, 'x'))) {
+    }
+    EXPECT_TRUE(hasClosed(client.address(), "request is not complete after 1 s"));
+    expectService();
+}
+
+TEST_F(LimitsTest, LetAClientBeIdleBetweenRequestsForAnyTime) {
+    start("REQUESTTIMEOUT=1\n");
+    ClientSocket idle = server().connect();
+    idle.request("currentDir");
+    ClientSocket slow = server().connect();
+    slow.send("half");
+    EXPECT_TRUE(slow.isEnded());  // the time is over now
+    EXPECT_EQ(idle.request("currentDir"), currentDirReply(server().directory().path()));
+}
+
+TEST_F(LimitsTest, CloseAClientThatDoesNotReadItsReplyInTime) {
+    constexpr int smallBuffer = 4096;
+    start("REQUESTTIMEOUT=1\n");
+    const std::string file = server().directory().file("large", std::string(16'000'000, 'x'));
+    ClientSocket client = server().connect(smallBuffer);
+    client.send("readText\n" + file + '\0');
+    EXPECT_TRUE(server().waitForLog("ERROR " + clientLog + "Client " + client.address() +
+                                    " socket exception: send() error ("));
+    expectService();
+    const std::string received = client.untilEnd();
+    EXPECT_LT(received.size(), 16'000'000U);
+    EXPECT_EQ(received.find('\0'), std::string::npos);  // half a reply is all that it got
+}
+
+TEST_F(LimitsTest, CloseAClientWhoseRequestIsTooLong) {
+    start("MAXREQUEST=100\n");
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("log\n\n\n" + std::string(94, 'x')), goodReply("log"));
+    client.send("log\n\n\n" + std::string(95, 'x'));
+    EXPECT_TRUE(client.isEnded());
+    EXPECT_TRUE(hasClosed(client.address(), "request is longer than 100 bytes"));
+    expectService();
+}
+
+TEST_F(LimitsTest, RefuseCommandsThatAreNotInTheList) {
+    start("COMMANDS=currentDir, log\n");
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("log\n\n\nhello"), goodReply("log"));
+    EXPECT_EQ(client.request("userDir"), failedReply("userDir"));
+    EXPECT_EQ(client.request("shutdown"), failedReply("shutdown"));
+    EXPECT_TRUE(server().hasLogged("WARN corvane.server.process.client.cmd Client " +
+                                   client.address() + ": command 'shutdown' not found"));
+    expectService();
+}
+
+TEST_F(LimitsTest, LetShutdownPassWhenItIsInTheList) {
+    start("COMMANDS=shutdown\n");
+    server().connect().send("shutdown\0"s);
+    EXPECT_EQ(server().wait(), 0);
+}
+
+TEST_F(LimitsTest, OfMemoryCostAClientItsConnectionAndNothingElse) {
+    if (CORVANE_SANITIZED) {
+        GTEST_SKIP() << "sanitizers need more address space than the test leaves";
+    }
+    constexpr std::size_t addressSpace = 256U << 20U;
+    constexpr std::size_t tooLarge = 300U << 20U;
+    constexpr std::size_t tooLargeToLog = 60U << 20U;  // fits, but not with the copies for the log
+    startWith({.prepare = [] {
+        const rlimit limit{addressSpace, addressSpace};
+        ::setrlimit(RLIMIT_AS, &limit);
+    }});
+    for (const std::size_t size : {tooLarge, tooLargeToLog}) {
+        ClientSocket client = server().connect();
+        std::string request = "unknown\n" + std::string(size, 'x') + '\0';
+        client.trySend(request);
+        EXPECT_TRUE(
+            hasClosed(client.address(), "not enough memory (" + std::to_string(ENOMEM) + ")"));
+        expectService();
+    }
+}
+
+}  // namespace
+}  // namespace corvane::test

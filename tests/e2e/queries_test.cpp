@@ -1,0 +1,98 @@
+// Dispatch, and the commands that ask for the user's environment.
+#include "e2e/server_test.h"
+
+namespace corvane::test {
+namespace {
+
+const std::string cmdLog = "corvane.server.process.client.cmd";
+
+class QueriesTest : public ServerTest {
+  protected:
+    QueriesTest() { start(); }
+
+    std::string userDirReply(const std::string& hint, const std::string& value) const {
+        return goodReply("userDir", " hint=\"" + hint + "\"", valueDetail(value));
+    }
+};
+
+TEST_F(QueriesTest, WithAnUnknownNameFailAndKeepTheConnection) {
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("Write"), failedReply("Write"));
+    EXPECT_EQ(client.request("a <b> & \"c\" 100%s"), failedReply("a <b> & \"c\" 100%s"));
+    EXPECT_TRUE(server().hasLogged("WARN " + cmdLog + " Client " + client.address() +
+                                   ": command 'Write' not found"));
+    EXPECT_TRUE(server().hasLogged("WARN " + cmdLog + " Client " + client.address() +
+                                   ": command 'a <b> & \"c\" 100%s' not found"));
+}
+
+TEST_F(QueriesTest, OfAFlashPlayersPolicyAreUnknown) {
+    EXPECT_EQ(server().request("<policy-file-request/>"), failedReply("<policy-file-request/>"));
+}
+
+TEST_F(QueriesTest, TellTheHomeDirectory) {
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("userDir"), userDirReply("userDir", server().home()));
+    EXPECT_EQ(client.request("userDir\nDesktop\n"),
+              userDirReply("userDir Desktop", server().home()));
+    EXPECT_TRUE(server().hasLogged("DEBUG " + cmdLog + ".userDir Client " + client.address() +
+                                   ": cmd 'userDir'"));
+}
+
+TEST_F(QueriesTest, TellTheDesktop) {
+    EXPECT_EQ(server().request("userDir\ndesktop"), userDirReply("userDir desktop", ""));
+    const std::string desktop = server().directory().directory("home/Desktop");
+    EXPECT_EQ(server().request("userDir\ndesktop"), userDirReply("userDir desktop", desktop));
+}
+
+TEST_F(QueriesTest, TellTheTemporaryDirectory) {
+    EXPECT_EQ(server().request("tempDir"), goodReply("tempDir", " hint=\"tempDir\"",
+                                                     valueDetail(server().directory() / "tmp/")));
+}
+
+TEST_F(QueriesTest, SendAPathAsItIs) {
+    const ScratchDirectory elsewhere;
+    const std::string odd = elsewhere.directory("a&b <c>");
+    start("CURRDIR=" + odd + "\n");
+    EXPECT_EQ(server().request("currentDir"), currentDirReply(odd + "/"));
+}
+
+TEST_F(QueriesTest, WriteIntoTheLog) {
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("log\n\n\n100% done"), goodReply("log"));
+    EXPECT_EQ(client.request("log\ngame.level\nWARN\nhello"), goodReply("log"));
+    EXPECT_EQ(client.request("log\ngame\nLOUD\nhidden"), failedReply("log"));
+    EXPECT_TRUE(server().hasLogged("INFO ext.log 100% done"));
+    EXPECT_TRUE(server().hasLogged("WARN ext.log.game.level hello"));
+    EXPECT_EQ(server().log().find("hidden\n"), std::string::npos);
+}
+
+TEST_F(QueriesTest, ForTheNetworkFail) {
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("listNet\noffice"), failedReply("listNet"));
+    const std::string line =
+        " " + cmdLog + ".listNet Client " + client.address() + ": cmd 'listNet': group 'office'";
+    EXPECT_TRUE(server().hasLogged("DEBUG" + line));
+    EXPECT_TRUE(server().hasLogged("ERROR" + line +
+                                   " ERROR: 'function netEnum() not implemented on this "
+                                   "platform'"));
+}
+
+TEST_F(QueriesTest, ForTheClipboardFail) {
+    EXPECT_EQ(server().request("clipboardGet"),
+              failedReply("clipboardGet", " hint=\"clipboardGet\""));
+    EXPECT_TRUE(server().hasLogged("ERROR " + cmdLog +
+                                   ".clipboardGet clipboardGet() not supported on this platform"));
+}
+
+TEST_F(QueriesTest, ForTheUserNameSucceed) {
+    EXPECT_EQ(
+        server()
+            .request("userName")
+            .rfind("<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"userName\" "
+                   "Result=\"SUCCESS\" hint=\"userName\"><Detail id=\"value\" extra=\"\" Value=\"",
+                   0),
+        0U);
+}
+
+}  // namespace
+}  // namespace corvane::test

@@ -1,0 +1,238 @@
+#include "support/server_process.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+
+#include "support/wait_until.h"
+
+namespace corvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string procFile(pid_t pid, const std::string& name) {
+    return readFile("/proc/" + std::to_string(pid) + "/" + name);
+}
+
+/// The fields of /proc/PID/stat from the process state on (the name before may hold anything).
+std::vector<std::string> statFields(pid_t pid) {
+    const std::string text = procFile(pid, "stat");
+    std::istringstream fields(text.substr(std::min(text.size(), text.rfind(')') + 1)));
+    return {std::istream_iterator<std::string>(fields), {}};
+}
+
+/// Calls `visit` with the id of every process of the system.
+template <typename Visit>
+void forEachProcess(Visit visit) {
+    for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+        const std::string name = entry.path().filename();
+        if (name.find_first_not_of("0123456789") == std::string::npos) {
+            visit(static_cast<pid_t>(std::stol(name)));
+        }
+    }
+}
+
+/// Sanitizers report into files, so that nothing is lost with a closed standard error.
+void reportInto(const char* variable, const std::string& path) {
+    const char* before = ::getenv(variable);
+    const std::string value =
+        (before == nullptr ? "" : std::string(before) + ":") + "log_path=" + path;
+    ::setenv(variable, value.c_str(), 1);
+}
+
+void redirect(const std::string& path, int target) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    ::dup2(file, target);
+    ::close(file);
+}
+
+}  // namespace
+
+ServerProcess::ServerProcess(const Options& options) {
+    directory_.directory("home");
+    directory_.directory("tmp");
+    fs::create_symlink(CORVANE_EXECUTABLE, directory_ / "corvane");
+    if (!options.ownConfiguration) {
+        directory_.file("corvane.conf",
+                        "PORT=0\nlog4cpp.pattern=%p %c %m%n\n" + options.configuration);
+    }
+    for (const auto& [name, text] : options.files) {
+        directory_.program(name, text);
+    }
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);  // a detached server becomes a child of this process
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        becomeServer(options);
+    }
+    waitUntilServing();
+}
+
+void ServerProcess::becomeServer(const Options& options) const {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    redirect(directory_ / "stderr", STDERR_FILENO);
+    if (options.standardOutput == -1) {
+        redirect(directory_ / "stdout", STDOUT_FILENO);
+    } else {
+        ::dup2(options.standardOutput, STDOUT_FILENO);
+    }
+    ::close(STDIN_FILENO);
+    ::open("/dev/null", O_RDONLY);
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    ::setenv("HOME", home().c_str(), 1);
+    ::setenv("TMPDIR", (directory_ / "tmp").c_str(), 1);
+    reportInto("ASAN_OPTIONS", directory_ / "sanitizer");
+    reportInto("UBSAN_OPTIONS", directory_ / "sanitizer");
+    static_cast<void>(::chdir(directory_.path().c_str()));
+    options.prepare();
+    const std::string program = directory_ / "corvane";
+    ::execl(program.c_str(), program.c_str(), nullptr);
+    ::_exit(127);
+}
+
+void ServerProcess::waitUntilServing() {
+    if (!waitUntil([this] { return port() != 0 || !isRunning(); })) {
+        throw std::runtime_error("the server does not serve:\n" + log() + output() + errors());
+    }
+    descriptorsAtStart_ = descriptors();
+}
+
+ServerProcess::~ServerProcess() {
+    if (isRunning() || findDetached()) {
+        ::kill(pid_, SIGKILL);
+        try {
+            wait();
+        } catch (const std::runtime_error&) {
+            ended_ = true;  // nothing more can be done
+        }
+    }
+}
+
+int ServerProcess::port() const {
+    const std::string text = log();
+    const std::size_t line = text.find("Listening on ");
+    if (line == std::string::npos || text.find('\n', line) == std::string::npos) {
+        return 0;
+    }
+    return std::stoi(text.substr(text.find(':', line) + 1));
+}
+
+std::string ServerProcess::log() const {
+    const std::string path = directory_ / "cv0.log";
+    return fs::is_regular_file(path) ? readFile(path) : "";
+}
+
+std::vector<std::string> ServerProcess::logLines() const {
+    std::istringstream text(log());
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+bool ServerProcess::hasLogged(std::string_view line) const {
+    const std::vector<std::string> lines = logLines();
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+bool ServerProcess::waitForLog(std::string_view text) const {
+    return waitUntil([this, text] { return log().find(text) != std::string::npos; });
+}
+
+void ServerProcess::signal(int number) const { ::kill(pid_, number); }
+
+bool ServerProcess::isRunning() {
+    if (!ended_) {
+        int status = 0;
+        const pid_t result = ::waitpid(pid_, &status, WNOHANG);
+        if (result != 0) {
+            ended_ = true;
+            status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        }
+    }
+    return !ended_;
+}
+
+int ServerProcess::wait() {
+    if (!waitUntil([this] { return !isRunning(); })) {
+        throw std::runtime_error("the server does not end:\n" + log());
+    }
+    return status_;
+}
+
+int ServerProcess::followDetached() {
+    const int status = wait();
+    if (!waitUntil([this] { return findDetached() && port() != 0; })) {
+        throw std::runtime_error("no detached server:\n" + log());
+    }
+    descriptorsAtStart_ = descriptors();
+    return status;
+}
+
+bool ServerProcess::findDetached() {
+    const std::string commandLine = directory_ / "corvane" + '\0';
+    forEachProcess([&](pid_t pid) {
+        if (procFile(pid, "cmdline") == commandLine) {
+            pid_ = pid;
+            ended_ = false;
+        }
+    });
+    return !ended_;
+}
+
+int ServerProcess::descriptors() const {
+    std::error_code gone;
+    const fs::directory_iterator entries("/proc/" + std::to_string(pid_) + "/fd", gone);
+    return static_cast<int>(std::distance(fs::begin(entries), fs::end(entries)));
+}
+
+bool ServerProcess::hasZombies() const {
+    bool found = false;
+    forEachProcess([&](pid_t pid) {
+        const std::vector<std::string> fields = statFields(pid);
+        found =
+            found || (fields.size() > 1 && fields[0] == "Z" && fields[1] == std::to_string(pid_));
+    });
+    return found;
+}
+
+long ServerProcess::processorTime() const {
+    const std::vector<std::string> fields = statFields(pid_);
+    return fields.size() < 13 ? 0 : std::stol(fields[11]) + std::stol(fields[12]);
+}
+
+long ServerProcess::residentMemory() const {
+    const std::string text = procFile(pid_, "status");
+    const std::size_t line = text.find("VmRSS:");
+    return line == std::string::npos ? 0 : std::stol(text.substr(line + 6));
+}
+
+std::string ServerProcess::sanitizerReport() const {
+    std::string report;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory_.path())) {
+        if (entry.path().filename().string().rfind("sanitizer", 0) == 0) {
+            report += readFile(entry.path());
+        }
+    }
+    for (const char* sign : {"Sanitizer", "runtime error:"}) {
+        if (errors().find(sign) != std::string::npos) {
+            report += errors();
+        }
+    }
+    return report;
+}
+
+}  // namespace corvane::test
