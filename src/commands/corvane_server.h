@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "commands/command_log.h"
 #include "commands/corvane_detail.h"
 #include "commands/reply_document.h"
 #include "server/server.h"
@@ -77,7 +78,9 @@ class CorvaneServer : public Server {
     template <typename Find>
     void answerWithText(int sock, const std::string& cmd, const std::string& hint,
                         log4cpp::Category& log, Find find);
-    void sendRectangle(int sock, const std::string& cmd, int x, int y, int width, int height);
+    template <typename Measure>
+    void answerWithRectangle(int sock, const std::string& cmd, const CommandLog& log,
+                             Measure measure);
 
     ReplyDocument reply_;
 };

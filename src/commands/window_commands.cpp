@@ -57,13 +57,25 @@ void placePlayer(const Placement& wanted) {
 
 }  // namespace
 
-void CorvaneServer::sendRectangle(int sock, const std::string& cmd, int x, int y, int width,
-                                  int height) {
-    const std::array<CorvaneDetail, 4> details{CorvaneDetail("x", toString(x), false),
-                                               CorvaneDetail("y", toString(y), false),
-                                               CorvaneDetail("width", toString(width), false),
-                                               CorvaneDetail("height", toString(height), false)};
-    sendResult(sock, cmd, true, details, "");
+// Answers with the four numbers that `measure` finds.
+template <typename Measure>
+void CorvaneServer::answerWithRectangle(int sock, const std::string& cmd, const CommandLog& log,
+                                        Measure measure) {
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            int x = 0;
+            int y = 0;
+            int width = 0;
+            int height = 0;
+            measure(x, y, width, height);
+            const std::array<CorvaneDetail, 4> details{
+                CorvaneDetail("x", toString(x), false), CorvaneDetail("y", toString(y), false),
+                CorvaneDetail("width", toString(width), false),
+                CorvaneDetail("height", toString(height), false)};
+            sendResult(sock, cmd, true, details, "");
+        },
+        [&log](const Exception& e) { log.failure(e); });
 }
 
 void CorvaneServer::cmdGetWndRect(int sock, const std::string& cmd, std::istream& params) {
@@ -75,17 +87,9 @@ void CorvaneServer::cmdGetWndRect(int sock, const std::string& cmd, std::istream
         name = wndutil::PLAYER_TITLE;
     }
     log.debug(": window name '%s'", name.c_str());
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            int x = 0;
-            int y = 0;
-            int width = 0;
-            int height = 0;
-            wndutil::getWndRect(name.c_str(), x, y, width, height);
-            sendRectangle(sock, cmd, x, y, width, height);
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    answerWithRectangle(sock, cmd, log, [&name](int& x, int& y, int& width, int& height) {
+        wndutil::getWndRect(name.c_str(), x, y, width, height);
+    });
 }
 
 void CorvaneServer::cmdGetScreenRect(int sock, const std::string& cmd, std::istream& /*params*/) {
@@ -93,17 +97,7 @@ void CorvaneServer::cmdGetScreenRect(int sock, const std::string& cmd, std::istr
         Category::getInstance("corvane.server.process.client.cmd.getScreenSize");
     const CommandLog log(category, sock, cmd);
     log.debug();
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            int x = 0;
-            int y = 0;
-            int width = 0;
-            int height = 0;
-            wndutil::getScreenRect(x, y, width, height);
-            sendRectangle(sock, cmd, x, y, width, height);
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    answerWithRectangle(sock, cmd, log, wndutil::getScreenRect);
 }
 
 void CorvaneServer::cmdSetWndPos(int sock, const std::string& cmd, std::istream& params) {

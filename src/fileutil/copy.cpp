@@ -10,6 +10,7 @@
 #include "fileutil/directory.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/paths.h"
+#include "fileutil/tree_walk.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
@@ -46,48 +47,19 @@ class TreeCopier {
           dstPath_(std::move(dstPath)),
           options_(options) {}
 
-    void run() {
-        push();
-        while (true) {
-            Level& level = levels_.back();
-            if (level.next == level.entries.size()) {
-                levels_.pop_back();
-                if (levels_.empty()) {
-                    return;
-                }
-                leave();
-                continue;
-            }
-            const DirectoryEntry& entry = level.entries[level.next++];
-            if (!entry.directory) {
-                copyEntry(entry.name);
-            } else if (options_.recursive) {
-                enter(entry.name);
-            }
-        }
-    }
+    std::vector<DirectoryEntry> entries() const { return readEntries(src_.current(), srcPath_); }
 
-  private:
-    struct Level {
-        std::vector<DirectoryEntry> entries;
-        std::size_t next;
-        std::size_t srcLength;
-        std::size_t dstLength;
-    };
-
-    void push() {
-        levels_.push_back(
-            {readEntries(src_.current(), srcPath_), 0, srcPath_.size(), dstPath_.size()});
-    }
-
-    void copyEntry(const std::string& name) {
+    void file(const std::string& name) {
         if (options_.isAllowed(name)) {
             copyFileAt({src_.current(), name, srcPath_ + name},
                        {dst_.current(), name, dstPath_ + name}, true);
         }
     }
 
-    void enter(const std::string& name) {
+    bool enter(const std::string& name) {
+        if (!options_.recursive) {
+            return false;
+        }
         makeEntry(name);
         srcPath_ += name + SEPARATOR_DIR;
         dstPath_ += name + SEPARATOR_DIR;
@@ -95,9 +67,21 @@ class TreeCopier {
             throw openDirectoryError(srcPath_, errno);
         }
         descendTarget(name);
-        push();
+        return true;
     }
 
+    void leave(const std::string& name) {
+        if (!src_.ascend()) {
+            throw openDirectoryError(srcPath_, errno);
+        }
+        if (!dst_.ascend()) {
+            throw openDirectoryError(dstPath_, errno);
+        }
+        srcPath_.resize(srcPath_.size() - name.size() - 1);
+        dstPath_.resize(dstPath_.size() - name.size() - 1);
+    }
+
+  private:
     // A link in the target may lead back below the source, where the copy would never end.
     void descendTarget(const std::string& name) {
         if (dst_.descend(name.c_str(), false)) {
@@ -123,23 +107,11 @@ class TreeCopier {
         }
     }
 
-    void leave() {
-        if (!src_.ascend()) {
-            throw openDirectoryError(srcPath_, errno);
-        }
-        if (!dst_.ascend()) {
-            throw openDirectoryError(dstPath_, errno);
-        }
-        srcPath_.resize(levels_.back().srcLength);
-        dstPath_.resize(levels_.back().dstLength);
-    }
-
     DirectoryChain src_;
     DirectoryChain dst_;
     std::string srcPath_;
     std::string dstPath_;
     const CopyOptions& options_;
-    std::vector<Level> levels_;
 };
 
 void refuseCopyIntoItself(const std::string& src, const std::string& dst) {
@@ -195,7 +167,8 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
     if (to == -1) {
         refuseMissingTarget(from, srcDir, dstDir, chosen, errno);
     } else {
-        TreeCopier(std::move(from), srcDir, std::move(to), dstDir, chosen).run();
+        TreeCopier copier(std::move(from), srcDir, std::move(to), dstDir, chosen);
+        walkTree(copier);
     }
 }
 

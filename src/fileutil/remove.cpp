@@ -11,6 +11,7 @@
 #include "fileutil/directory.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/paths.h"
+#include "fileutil/tree_walk.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
@@ -42,64 +43,36 @@ class TreeRemover {
     TreeRemover(FileDesc root, std::string path)
         : chain_(std::move(root), DirectoryAccess::Read), path_(std::move(path)) {}
 
-    void run() {
-        levels_.push_back({readEntries(chain_.current(), path_), 0, path_.size()});
-        while (true) {
-            Level& level = levels_.back();
-            if (level.next == level.entries.size()) {
-                levels_.pop_back();
-                if (levels_.empty()) {
-                    return;
-                }
-                leave();
-                continue;
-            }
-            const DirectoryEntry& entry = level.entries[level.next++];
-            if (entry.directory) {
-                enter(entry.name);
-            } else {
-                removeEntry(entry.name);
-            }
-        }
-    }
+    std::vector<DirectoryEntry> entries() const { return readEntries(chain_.current(), path_); }
 
-  private:
-    struct Level {
-        std::vector<DirectoryEntry> entries;
-        std::size_t next;
-        std::size_t pathLength;
-    };
-
-    void enter(const std::string& name) {
-        path_ += name + SEPARATOR_DIR;
-        if (!chain_.descend(name.c_str(), false)) {
-            throw openDirectoryError(path_, errno);
-        }
-        levels_.push_back({readEntries(chain_.current(), path_), 0, path_.size()});
-    }
-
-    // Removes the directory that was emptied, from its parent.
-    void leave() {
-        if (!chain_.ascend()) {
-            throw openDirectoryError(path_, errno);
-        }
-        const Level& parent = levels_.back();
-        const std::string& name = parent.entries[parent.next - 1].name;
-        if (::unlinkat(chain_.current(), name.c_str(), AT_REMOVEDIR) != 0 && errno != ENOENT) {
-            throw removeDirectoryError(path_, errno);
-        }
-        path_.resize(parent.pathLength);
-    }
-
-    void removeEntry(const std::string& name) {
+    void file(const std::string& name) {
         if (::unlinkat(chain_.current(), name.c_str(), 0) != 0 && errno != ENOENT) {
             throw removeFileError(path_ + name, errno);
         }
     }
 
+    bool enter(const std::string& name) {
+        path_ += name + SEPARATOR_DIR;
+        if (!chain_.descend(name.c_str(), false)) {
+            throw openDirectoryError(path_, errno);
+        }
+        return true;
+    }
+
+    // Removes the directory that was emptied, from its parent.
+    void leave(const std::string& name) {
+        if (!chain_.ascend()) {
+            throw openDirectoryError(path_, errno);
+        }
+        if (::unlinkat(chain_.current(), name.c_str(), AT_REMOVEDIR) != 0 && errno != ENOENT) {
+            throw removeDirectoryError(path_, errno);
+        }
+        path_.resize(path_.size() - name.size() - 1);
+    }
+
+  private:
     DirectoryChain chain_;
     std::string path_;
-    std::vector<Level> levels_;
 };
 
 void emptyDirectory(const std::string& dir) {
@@ -111,7 +84,8 @@ void emptyDirectory(const std::string& dir) {
     if (identityOf(root) == identityOf(rootOfAll)) {
         throw removeDirectoryError(dir, EBUSY);
     }
-    TreeRemover(std::move(root), dir).run();
+    TreeRemover remover(std::move(root), dir);
+    walkTree(remover);
 }
 
 }  // namespace

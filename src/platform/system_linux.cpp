@@ -2,9 +2,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <climits>
 
+#include "platform/read_and_drop.h"
 #include "platform/system.h"
 
 namespace corvane::platform {
@@ -23,17 +23,7 @@ ssize_t discardReceived(int sock, std::size_t count) {
     if (dropped >= 0) {
         return dropped;
     }
-    char scratch[16 * 1024];
-    std::size_t total = 0;
-    while (total < count) {
-        const ssize_t got =
-            ::recv(sock, scratch, std::min(count - total, sizeof scratch), MSG_DONTWAIT);
-        if (got <= 0) {
-            return total > 0 ? static_cast<ssize_t>(total) : got;
-        }
-        total += static_cast<std::size_t>(got);
-    }
-    return static_cast<ssize_t>(total);
+    return readAndDrop(sock, count);
 }
 
 void closeDescriptorsFrom(int first) {

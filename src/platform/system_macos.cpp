@@ -2,9 +2,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
+#include "platform/read_and_drop.h"
 #include "platform/system.h"
 
 namespace corvane::platform {
@@ -25,19 +25,7 @@ int acceptConnection(int listener, sockaddr_in& peer) {
 
 int sendFlags() { return 0; }  // SO_NOSIGPIPE is set on every connection
 
-ssize_t discardReceived(int sock, std::size_t count) {
-    char scratch[64 * 1024];
-    std::size_t total = 0;
-    while (total < count) {
-        const ssize_t got =
-            ::recv(sock, scratch, std::min(count - total, sizeof scratch), MSG_DONTWAIT);
-        if (got <= 0) {
-            return total > 0 ? static_cast<ssize_t>(total) : got;
-        }
-        total += static_cast<std::size_t>(got);
-    }
-    return static_cast<ssize_t>(total);
-}
+ssize_t discardReceived(int sock, std::size_t count) { return readAndDrop(sock, count); }
 
 void closeDescriptorsFrom(int first) {
     const int size = ::getdtablesize();
