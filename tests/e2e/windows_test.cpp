@@ -1,0 +1,76 @@
+// The window commands with everything real: the server, the window tool beside it, an X server with
+// a window manager, and the player's window.
+#include "e2e/server_test.h"
+#include "support/environment.h"
+#include "support/x11_session.h"
+#include "support/x11_window.h"
+
+namespace corvane::test {
+namespace {
+
+using x11test::PixelRectangle;
+using x11test::rectangleByXwininfo;
+using x11test::TestWindow;
+using x11test::X11Session;
+
+std::string attribute(const std::string& id, int value) {
+    return "<Detail id=\"" + id + "\" extra=\"\" Value=\"" + std::to_string(value) + "\" />";
+}
+
+std::string rectangleReply(const std::string& command, const PixelRectangle& rectangle) {
+    return "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" + command +
+           "\" Result=\"SUCCESS\">" + attribute("x", rectangle.x) + attribute("y", rectangle.y) +
+           attribute("width", rectangle.width) + attribute("height", rectangle.height) +
+           "</Header></CorvaneMsg>";
+}
+
+class WindowsTest : public ServerTest {
+  protected:
+    WindowsTest() : display_("DISPLAY", session_.display()) {
+        startWith({.files = {{"cvnwinfo", readFile(CVNWINFO_EXECUTABLE)}}});
+    }
+
+    const X11Session& session() const { return session_; }
+
+  private:
+    X11Session session_;
+    EnvironmentVariable display_;
+};
+
+TEST_F(WindowsTest, GetTheRectangleOfTheWindowWithATitle) {
+    const TestWindow window(session(), {.wmName = "Adobe Flash Player"});
+    EXPECT_EQ(server().request("getWndRect\nAdobe Flash Player"),
+              rectangleReply("getWndRect", rectangleByXwininfo(session(), window.id())));
+}
+
+TEST_F(WindowsTest, FailToFindAWindowThatIsNotThere) {
+    EXPECT_EQ(server().request("getWndRect\n"), failedReply("getWndRect"));
+}
+
+TEST_F(WindowsTest, GetTheRectangleOfTheScreen) {
+    EXPECT_EQ(
+        server().request("getScreenRect"),
+        rectangleReply("getScreenRect", {0, 0, X11Session::screenWidth, X11Session::screenHeight}));
+}
+
+TEST_F(WindowsTest, MoveAndResizeThePlayerByItsOtherTitle) {
+    const TestWindow window(session(), {.wmName = "Adobe Flash Player"});
+    const PixelRectangle wanted{150, 120, 400, 300};
+    EXPECT_EQ(server().request("setWndPos\n3\n150\n120\n400\n300\n"), goodReply("setWndPos"));
+    EXPECT_TRUE(window.waitForRectangle(wanted));
+    EXPECT_EQ(rectangleByXwininfo(session(), window.id()), wanted);
+    EXPECT_EQ(server().request("getWndRect\nAdobe Flash Player"),
+              rectangleReply("getWndRect", wanted));
+}
+
+TEST_F(WindowsTest, MoveWithoutAChangeOfSize) {
+    const TestWindow window(session(), {.wmName = "Kiosk", .netWmName = "Kiosk"});
+    PixelRectangle wanted = window.rectangle();
+    wanted.x = 33;
+    wanted.y = 44;
+    EXPECT_EQ(server().request("setWndPos\n1\n33\n44\nKiosk"), goodReply("setWndPos"));
+    EXPECT_TRUE(window.waitForRectangle(wanted));
+}
+
+}  // namespace
+}  // namespace corvane::test
