@@ -35,6 +35,9 @@ class ShortageTest : public ServerTest {
 };
 
 TEST_F(ShortageTest, OfDescriptorsIsWarnedOfWithoutSpinningAndPasses) {
+    if (CORVANE_SANITIZED) {
+        GTEST_SKIP() << "sanitizers need descriptors of their own";
+    }
     constexpr long mostWarnings = 50;
     constexpr long littleTime = 20;  // clock ticks of 10 ms
     startWith({.configuration = "log4cpp.priority=NOTICE\nINACTIVITY=0\n",
@@ -56,6 +59,9 @@ TEST_F(ShortageTest, OfDescriptorsIsWarnedOfWithoutSpinningAndPasses) {
 }
 
 TEST_F(ShortageTest, OfDescriptorsDoesNotKeepTheInactivityTimeFromPassing) {
+    if (CORVANE_SANITIZED) {
+        GTEST_SKIP() << "sanitizers need descriptors of their own";
+    }
     startWith({.configuration = "log4cpp.priority=NOTICE\nINACTIVITY=1\n",
                .prepare = [] { limitDescriptors(fewDescriptors); }});
     std::vector<ClientSocket> clients;

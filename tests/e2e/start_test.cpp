@@ -154,6 +154,9 @@ TEST_F(StartTest, ReportsAnAddressThatNobodyKnowsInTheLog) {
 
 // With no descriptor left for the listener the default port is not touched.
 TEST_F(StartTest, WarnsBeforeTheStartNoticeWhenThereIsNoConfigurationFile) {
+    if (CORVANE_SANITIZED) {
+        GTEST_SKIP() << "sanitizers need descriptors of their own";
+    }
     ServerProcess& server = startWith({.ownConfiguration = true, .prepare = [] {
                                            const rlimit onlyLogs{5, 5};
                                            ::setrlimit(RLIMIT_NOFILE, &onlyLogs);
