@@ -10,12 +10,12 @@
 
 namespace corvane {
 
-/// "%d [%p,%c] %m%n": date and time with milliseconds, priority, category, message.
+inline constexpr const char* defaultPattern = "%d [%p,%c] %m%n";
+
+/// The default pattern: date and time with milliseconds, priority, category, message.
 class DefaultLayout : public log4cpp::PatternLayout {
   public:
-    static constexpr const char* pattern = "%d [%p,%c] %m%n";
-
-    DefaultLayout() { setConversionPattern(pattern); }
+    DefaultLayout() { setConversionPattern(defaultPattern); }
 
     std::string format(const log4cpp::LoggingEvent& event) override;
 

@@ -66,8 +66,7 @@ void Log4cppConfigurator::configure(const std::string& name, const Properties& s
     Category& root = Category::getRoot();
     root.removeAllAppenders();
     Category& log = Category::getInstance("corvane.log");
-    const std::string pattern =
-        settings.getPropertyAsString("log4cpp.pattern", DefaultLayout::pattern);
+    const std::string pattern = settings.getPropertyAsString("log4cpp.pattern", defaultPattern);
     if (console) {
         attach(root, "console", ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1),
                pattern);
@@ -84,7 +83,7 @@ std::unique_ptr<log4cpp::Layout> getLayout(const std::string& spec) {
     if (spec == "simple") {
         return std::make_unique<log4cpp::SimpleLayout>();
     }
-    if (spec == DefaultLayout::pattern) {
+    if (spec == defaultPattern) {
         return std::make_unique<DefaultLayout>();
     }
     auto layout = std::make_unique<log4cpp::PatternLayout>();

@@ -13,7 +13,7 @@ namespace {
 
 TEST(DefaultLayout, WritesTheSameBytesAsThePatternLayout) {
     log4cpp::PatternLayout reference;
-    reference.setConversionPattern(DefaultLayout::pattern);
+    reference.setConversionPattern(defaultPattern);
     DefaultLayout layout;
     for (const int priority : {-1, 0, 100, 200, 300, 400, 500, 550, 600, 700, 800, 900}) {
         for (const std::string message : {"", "plain", "100% %s\nsecond line", "\x01\xFF"}) {
@@ -25,7 +25,7 @@ TEST(DefaultLayout, WritesTheSameBytesAsThePatternLayout) {
 
 TEST(DefaultLayout, WritesEveryMillisecondAndSecondLikeThePatternLayout) {
     log4cpp::PatternLayout reference;
-    reference.setConversionPattern(DefaultLayout::pattern);
+    reference.setConversionPattern(defaultPattern);
     DefaultLayout layout;
     log4cpp::LoggingEvent event("a", "b", "", log4cpp::Priority::INFO);
     for (const unsigned second : {0U, 1U, 951782399U, 951782400U, 1711846800U, 2147483647U, 1U}) {

@@ -13,20 +13,21 @@ ROOT = Path(sys.argv[1])
 CALL = re.compile(
     r"\b(?:getInt|getBool|getString|getPropertyAsString|getProperty|limitOf)\s*\("
     r"\s*(?:store\s*,\s*)?\"(?P<key>[^\"]+)\"\s*(?:,\s*(?P<default>\"[^\"]*\"|\w+))?\s*\)")
-CONSTANT = re.compile(r"constexpr int (\w+) = (\d+);")
+CONSTANT = re.compile(r"constexpr (?:int|const char\*) (\w+) = \"?([^\";]*)\"?;")
 # Its keys are put together at run time, from an extension.
 EXTENSION_KEYS = {"app.EXT": "", "app.EXT.mac": ""}
 
 
 def sources():
-    return [path.read_text() for path in sorted((ROOT / "src").rglob("*.cpp"))]
+    paths = [*(ROOT / "src").rglob("*.h"), *(ROOT / "src").rglob("*.cpp")]
+    return [path.read_text() for path in sorted(paths)]
 
 
 def keys_of_code():
     """The keys and the texts of their defaults."""
     keys = {}
+    constants = dict(CONSTANT.findall("\n".join(sources())))
     for text in sources():
-        constants = dict(CONSTANT.findall(text))
         for call in CALL.finditer(text):
             default = call["default"] or "0"
             keys[call["key"]] = constants.get(default, default.strip('"'))
