@@ -23,9 +23,9 @@ using namespace corvane;
 
 // Every input is sent once for each place where it can be cut.
 constexpr std::size_t longestInput = 4096;
-constexpr std::size_t mostCuts = 8;
+constexpr std::size_t mostCuts = 4;
 // Longer inputs are not sent byte by byte.
-constexpr std::size_t longestDrip = 512;
+constexpr std::size_t longestDrip = 128;
 constexpr std::size_t longestLine = 1023;
 constexpr std::size_t readAhead = 16 * 1024;
 
