@@ -27,7 +27,7 @@ log4cpp::Category& clientLog() {
 // No function of the logging library may throw, and it copies a line several times. So memory that
 // runs out with a large request must run out here.
 void logRequest(std::string_view text) {
-    constexpr std::size_t large = 64 * 1024;
+    constexpr std::size_t large = std::size_t{64} * 1024;
     constexpr std::size_t copies = 8;
     if (text.size() > large) {
         ByteBuffer().room(copies * text.size());
