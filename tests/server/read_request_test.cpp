@@ -1,7 +1,9 @@
 #include <cerrno>
+#include <csignal>
 #include <sstream>
 #include <thread>
 
+#include "server/held_signals.h"
 #include "server/request_guard.h"
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
@@ -85,6 +87,15 @@ TEST_F(ReadRequestTest, HasNoLimitOfItsSize) {
     EXPECT_EQ(read(), bytes);
     EXPECT_EQ(read(), "next");
     sender.join();
+}
+
+TEST_F(ReadRequestTest, LetsSignalsInEvenWhenNothingHasToBeWaitedFor) {
+    const HeldSignals signals;
+    test::ClientSocket client = connect();
+    client.send(std::string(100'000, 'x') + '\0');  // more than the first look ahead
+    ::raise(SIGCHLD);
+    read();
+    EXPECT_EQ(signals.handled(), 1);
 }
 
 TEST_F(ReadRequestTest, LogsEveryByteInOrderWhenAsked) {

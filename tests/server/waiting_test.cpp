@@ -8,30 +8,19 @@
 #include <cerrno>
 #include <csignal>
 
+#include "server/held_signals.h"
 #include "support/wait_until.h"
 
 namespace corvane {
 namespace {
 
-volatile std::sig_atomic_t handled = 0;
-
-/// A socket pair, and signals that arrive only in waits, as in the running server.
+/// A socket pair, and signals that arrive only in waits.
 class WaitingTest : public testing::Test {
   protected:
-    WaitingTest() {
-        ::sigprocmask(SIG_SETMASK, nullptr, &previousMask_);
-        struct sigaction action {};
-        action.sa_handler = [](int) { handled = handled + 1; };
-        ::sigaction(SIGCHLD, &action, &previousAction_);
-        handled = 0;
-        deliverSignalsOnlyInWaits();
-        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()), 0);
-    }
+    WaitingTest() { EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()), 0); }
     ~WaitingTest() override {
         ::close(pair[0]);
         ::close(pair[1]);
-        ::sigaction(SIGCHLD, &previousAction_, nullptr);
-        ::sigprocmask(SIG_SETMASK, &previousMask_, nullptr);
     }
 
     int waitForPair() {
@@ -42,28 +31,25 @@ class WaitingTest : public testing::Test {
     }
 
     std::array<int, 2> pair{};
-
-  private:
-    sigset_t previousMask_{};
-    struct sigaction previousAction_ {};
+    HeldSignals signals;
 };
 
 TEST_F(WaitingTest, LetsSignalsInOnlyWhileItWaits) {
     ::raise(SIGCHLD);
-    EXPECT_EQ(handled, 0);
+    EXPECT_EQ(signals.handled(), 0);
     errno = 0;
     EXPECT_EQ(waitForPair(), -1);
     EXPECT_EQ(errno, EINTR);
-    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(signals.handled(), 1);
     ::raise(SIGCHLD);
-    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(signals.handled(), 1);
 }
 
 TEST_F(WaitingTest, LetsSignalsInEvenWhenASocketIsReadyAtOnce) {
     ASSERT_EQ(::write(pair[1], "x", 1), 1);
     ::raise(SIGCHLD);
     EXPECT_TRUE(test::waitUntil([this] { return waitForPair() == -1; }));
-    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(signals.handled(), 1);
     EXPECT_EQ(waitForPair(), 1);
 }
 
@@ -71,7 +57,7 @@ TEST_F(WaitingTest, DeliversSignalsInBetween) {
     EXPECT_FALSE(deliverPendingSignals());
     ::raise(SIGCHLD);
     EXPECT_TRUE(deliverPendingSignals());
-    EXPECT_EQ(handled, 1);
+    EXPECT_EQ(signals.handled(), 1);
     EXPECT_FALSE(deliverPendingSignals());
 }
 

@@ -175,7 +175,7 @@ int ServerProcess::wait() {
 
 int ServerProcess::followDetached() {
     const int status = wait();
-    if (!waitUntil([this] { return findDetached() && port() != 0; })) {
+    if (!waitUntil([this] { return port() != 0 && findDetached(); })) {
         throw std::runtime_error("no detached server:\n" + log());
     }
     descriptorsAtStart_ = descriptors();
@@ -185,7 +185,8 @@ int ServerProcess::followDetached() {
 bool ServerProcess::findDetached() {
     const std::string commandLine = directory_ / "corvane" + '\0';
     forEachProcess([&](pid_t pid) {
-        if (procFile(pid, "cmdline") == commandLine) {
+        // The process in between, if it has not ended yet, leads the session.
+        if (procFile(pid, "cmdline") == commandLine && ::getsid(pid) != pid) {
             pid_ = pid;
             ended_ = false;
         }
