@@ -57,18 +57,18 @@ class ScratchDirectory {
     /// Each returns the path of what it creates. A name may have directories in it; those that are
     /// missing are created too.
     std::string file(std::string_view name, std::string_view bytes = "") const {
-        const std::string path = inDirectory(name);
+        std::string path = inDirectory(name);
         writeFile(path, bytes);
         return path;
     }
     std::string directory(std::string_view name) const {
-        const std::string path = *this / name;
+        std::string path = *this / name;
         std::filesystem::create_directories(path);
         return path;
     }
     /// An executable file, such as a shell script.
     std::string program(std::string_view name, std::string_view bytes) const {
-        const std::string path = file(name, bytes);
+        std::string path = file(name, bytes);
         if (::chmod(path.c_str(), 0755) != 0) {
             throw std::runtime_error("cannot make executable " + path);
         }
@@ -77,7 +77,7 @@ class ScratchDirectory {
 
   private:
     std::string inDirectory(std::string_view name) const {
-        const std::string path = *this / name;
+        std::string path = *this / name;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         return path;
     }
