@@ -22,8 +22,8 @@
 
 extern "C" {
 // The C library's own allocator, which needs no search.
-void* __libc_malloc(std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
+void* __libc_malloc(std::size_t size);                // NOLINT: its name
+void* __libc_realloc(void* block, std::size_t size);  // NOLINT: its name
 }
 
 namespace {
@@ -45,10 +45,12 @@ const char* variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
+long number(const char* name) { return std::strtol(variable(name), nullptr, 10); }
+
 const Plan& plan() {
-    static const Plan fromEnvironment{
-        variable("CORVANE_FAULT_CALL"), std::atol(variable("CORVANE_FAULT_NTH")),
-        std::atoi(variable("CORVANE_FAULT_ERRNO")), variable("CORVANE_FAULT_REPORT")};
+    static const Plan fromEnvironment{variable("CORVANE_FAULT_CALL"), number("CORVANE_FAULT_NTH"),
+                                      static_cast<int>(number("CORVANE_FAULT_ERRNO")),
+                                      variable("CORVANE_FAULT_REPORT")};
     return fromEnvironment;
 }
 
@@ -62,7 +64,7 @@ void arm() {
     if (armedProcess == 0) {
         static_cast<void>(plan());
         armedProcess = ::getpid();
-        std::atexit(disarm);
+        static_cast<void>(std::atexit(disarm));
     }
 }
 

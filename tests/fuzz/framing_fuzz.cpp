@@ -27,7 +27,7 @@ constexpr std::size_t mostCuts = 4;
 // Longer inputs are not sent byte by byte.
 constexpr std::size_t longestDrip = 128;
 constexpr std::size_t longestLine = 1023;
-constexpr std::size_t readAhead = 16 * 1024;
+constexpr std::size_t readAhead = 16384;
 
 using Requests = std::vector<std::string>;
 

@@ -8,7 +8,7 @@ namespace corvane::fuzz {
 
 void require(bool kept, const char* promise) {
     if (!kept) {
-        std::fprintf(stderr, "broken promise: %s\n", promise);
+        static_cast<void>(std::fprintf(stderr, "broken promise: %s\n", promise));
         std::abort();
     }
 }

@@ -34,7 +34,7 @@ std::optional<std::uint32_t> bitsAt(std::string_view bytes, std::size_t at, std:
 
 MovieSize sizeOfFrame(std::string_view rect) {
     const auto width = bitsAt(rect, 0, 5);
-    if (!width || !bitsAt(rect, 5, 4 * *width)) {
+    if (!width || !bitsAt(rect, 5, std::size_t{4} * *width)) {
         return unknownSize;
     }
     const auto edge = [&](std::size_t i) { return *bitsAt(rect, 5 + i * *width, *width); };

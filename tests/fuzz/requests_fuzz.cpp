@@ -22,7 +22,7 @@ using namespace corvane;
 namespace fs = std::filesystem;
 
 // Small enough for the reply to any request to fit into a socket, since nobody reads meanwhile.
-constexpr std::size_t longestInput = 12 * 1024;
+constexpr std::size_t longestInput = 12288;
 
 std::string programPath;
 std::array<char*, 1> programArguments{};
@@ -58,7 +58,7 @@ void prepareFiles() {
 
 std::string takeReplies(int sock) {
     std::string replies;
-    std::array<char, 16 * 1024> chunk{};
+    std::array<char, 16384> chunk{};
     ssize_t count = 0;
     while ((count = ::recv(sock, chunk.data(), chunk.size(), MSG_DONTWAIT)) > 0) {
         replies.append(chunk.data(), static_cast<std::size_t>(count));

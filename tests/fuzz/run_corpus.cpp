@@ -1,11 +1,12 @@
 // Runs a fuzz target over committed inputs, without libFuzzer: every file of the directories and
 // files named on the command line, whole and cut short at every length.
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -52,12 +53,12 @@ int runAll(const std::vector<std::string>& places) {
     std::size_t count = 0;
     for (const std::string& place : places) {
         for (const fs::path& path : inputsOf(place)) {
-            std::fprintf(stderr, "%s\n", path.c_str());  // names the culprit if the next call dies
+            std::cerr << path.string() << std::endl;  // names the culprit if the next call dies
             runFile(path);
             ++count;
         }
     }
-    std::printf("%zu inputs\n", count);
+    std::cout << count << " inputs\n";
     return count > 0 ? 0 : 1;
 }
 
@@ -67,7 +68,7 @@ int main(int argc, char** argv) {
     try {
         return runAll({argv + 1, argv + argc});
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "%s\n", e.what());
+        std::cerr << e.what() << std::endl;
         return 1;
     }
 }

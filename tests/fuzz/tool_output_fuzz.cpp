@@ -18,7 +18,7 @@ namespace {
 using namespace corvane;
 
 // A pipe takes this much without a reader.
-constexpr std::size_t pipeRoom = 60 * 1024;
+constexpr std::size_t pipeRoom = 61440;
 
 std::string throughPipe(std::string_view text) {
     std::array<int, 2> ends{};

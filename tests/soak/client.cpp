@@ -67,7 +67,7 @@ bool Client::tryReply(std::string& reply) {
     std::size_t searched = 0;
     while ((end = received_.find('\0', searched)) == std::string::npos) {
         searched = received_.size();
-        std::array<char, 64 * 1024> chunk;
+        std::array<char, 65536> chunk;
         const ssize_t count = ::recv(socket_, chunk.data(), chunk.size(), 0);
         expect(count >= 0 || errno == ECONNRESET, "a reply comes in time");
         if (count <= 0) {

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -54,14 +55,16 @@ void batch(Client& client, const ServerProcess& server, std::size_t first, std::
     std::vector<std::string> replies;
     for (std::size_t n = first; n < first + count; ++n) {
         const Exchange next = exchange(server, n);
-        requests += next.request + '\0';
+        requests.append(next.request.c_str(), next.request.size() + 1);
         replies.push_back(next.reply);
     }
     client.send(requests);
     for (const std::string& wanted : replies) {
         const std::string reply = client.reply();
-        expect(reply == wanted,
-               "replies are right and in order; instead of " + wanted + " came " + reply);
+        if (reply != wanted) {
+            throw std::runtime_error("replies are right and in order; instead of " + wanted +
+                                     " came " + reply);
+        }
     }
 }
 
@@ -104,6 +107,7 @@ void manyRequests(const Options& options) {
     Flatness flatness(server);
     {
         std::vector<Client> clients;
+        clients.reserve(8);
         for (int i = 0; i < 8; ++i) {
             clients.emplace_back(server.port());
         }

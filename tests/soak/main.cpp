@@ -38,7 +38,7 @@ bool survived(const Scenario& scenario, const Options& options) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
     std::printf("%-20s", scenario.name);
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     try {
         scenario.run(options);
     } catch (const std::exception& e) {
@@ -46,7 +46,7 @@ bool survived(const Scenario& scenario, const Options& options) {
         return false;
     }
     std::printf("  (%.1f s)\n", std::chrono::duration<double>(Clock::now() - start).count());
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     return true;
 }
 
@@ -63,10 +63,10 @@ void raiseDescriptorLimit() {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: corvane-soak SERVER CHILD [SCALE]\n");
+        static_cast<void>(std::fputs("usage: corvane-soak SERVER CHILD [SCALE]\n", stderr));
         return 2;
     }
-    const soak::Options options{argv[1], argv[2], argc > 3 ? std::atof(argv[3]) : 1.0};
+    const soak::Options options{argv[1], argv[2], argc > 3 ? std::strtod(argv[3], nullptr) : 1.0};
     soak::raiseDescriptorLimit();
     bool all = true;
     for (const soak::Scenario& scenario : soak::scenarios) {
