@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <fstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -61,10 +60,7 @@ void batch(Client& client, const ServerProcess& server, std::size_t first, std::
     client.send(requests);
     for (const std::string& wanted : replies) {
         const std::string reply = client.reply();
-        if (reply != wanted) {
-            throw std::runtime_error("replies are right and in order; instead of " + wanted +
-                                     " came " + reply);
-        }
+        expect(reply == wanted, "replies are right and in order, not " + reply);
     }
 }
 
