@@ -7,7 +7,7 @@
 namespace corvane::test {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 class BrowserTest : public ServerTest {
   protected:

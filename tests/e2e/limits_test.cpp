@@ -9,7 +9,7 @@
 namespace corvane::test {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string clientLog = "corvane.server.process.client ";
 
@@ -35,7 +35,8 @@ TEST_F(LimitsTest, CloseAClientThatDoesNotCompleteItsRequestInTime) {
 TEST_F(LimitsTest, CloseAClientThatSendsOneRequestWithoutAPauseForTooLong) {
     ClientSocket client = start("REQUESTTIMEOUT=1\nlog4cpp.priority=INFO\n").connect();
     client.send("write\n/dev/null\n");
-    while (client.trySend(std::string(64 * 1024, 'x'))) {
+    const std::string block(65'536, 'x');
+    while (client.trySend(block)) {
     }
     EXPECT_TRUE(hasClosed(client.address(), "request is not complete after 1 s"));
     expectService();
@@ -53,15 +54,18 @@ TEST_F(LimitsTest, LetAClientBeIdleBetweenRequestsForAnyTime) {
 
 TEST_F(LimitsTest, CloseAClientThatDoesNotReadItsReplyInTime) {
     constexpr int smallBuffer = 4096;
+    constexpr std::size_t size = 16'000'000;
     start("REQUESTTIMEOUT=1\n");
-    const std::string file = server().directory().file("large", std::string(16'000'000, 'x'));
+    std::string text;
+    text.assign(size, 'x');
+    const std::string file = server().directory().file("large", text);
     ClientSocket client = server().connect(smallBuffer);
     client.send("readText\n" + file + '\0');
     EXPECT_TRUE(server().waitForLog("ERROR " + clientLog + "Client " + client.address() +
                                     " socket exception: send() error ("));
     expectService();
     const std::string received = client.untilEnd();
-    EXPECT_LT(received.size(), 16'000'000U);
+    EXPECT_LT(received.size(), size);
     EXPECT_EQ(received.find('\0'), std::string::npos);  // half a reply is all that it got
 }
 

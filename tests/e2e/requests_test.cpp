@@ -10,7 +10,7 @@ namespace corvane::test {
 namespace {
 
 using Lines = std::vector<std::string>;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string clientLog = "corvane.server.process.client ";
 
@@ -82,6 +82,7 @@ TEST_F(RequestsTest, OfManyClientsAreServedInTurn) {
     start("log4cpp.priority=NOTICE\n");
     constexpr int each = 50;
     std::vector<ClientSocket> clients;
+    clients.reserve(each);
     for (int i = 0; i < each; ++i) {
         clients.push_back(server().connect());
     }

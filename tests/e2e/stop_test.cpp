@@ -10,7 +10,7 @@ namespace corvane::test {
 namespace {
 
 using Lines = std::vector<std::string>;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string closing = "corvane.server.closesocket ";
 
@@ -171,7 +171,7 @@ TEST_P(StopBySignalTest, WhileARequestIsIncomplete) {
 }
 
 TEST_P(StopBySignalTest, WhileAClientDoesNotReadItsReply) {
-    constexpr std::size_t size = 64 * 1024 * 1024;
+    constexpr std::size_t size = std::size_t{64} * 1024 * 1024;
     constexpr int smallBuffer = 4096;
     start("log4cpp.priority=NOTICE\n");
     const std::string file = server().directory().file("large", std::string(size, 'x'));
@@ -199,12 +199,12 @@ TEST_P(StopBySignalTest, WhileARequestGrowsWithoutEnd) {
     start("log4cpp.priority=NOTICE\n");
     ClientSocket client = server().connect();
     std::thread load([&] {
-        const std::string block(1024 * 1024, 'x');
+        const std::string block(1'000'000, 'x');
         while (client.trySend(block)) {
         }
     });
     const long before = server().residentMemory();
-    EXPECT_TRUE(waitUntil([&] { return server().residentMemory() > before + 20 * 1024; }));
+    EXPECT_TRUE(waitUntil([&] { return server().residentMemory() > before + 20'000; }));
     server().signal(GetParam());
     EXPECT_EQ(server().wait(), 0);
     load.join();

@@ -9,7 +9,7 @@
 namespace corvane {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 using Lines = std::vector<std::string>;
 
 const std::string processLog = "corvane.server.process ";

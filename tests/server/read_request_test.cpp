@@ -11,7 +11,7 @@
 namespace corvane {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string readLog = "corvane.server.process.client.readrequest";
 
@@ -81,7 +81,7 @@ TEST_F(ReadRequestTest, MayComeInTwoPiecesSplitAnywhere) {
 }
 
 TEST_F(ReadRequestTest, HasNoLimitOfItsSize) {
-    const std::string bytes(12 * 1024 * 1024, 'x');
+    const std::string bytes(std::size_t{12} * 1024 * 1024, 'x');
     test::ClientSocket client = connect();
     std::thread sender([&] { client.send(bytes + "\0next\0"s); });
     EXPECT_EQ(read(), bytes);
@@ -93,7 +93,7 @@ TEST_F(ReadRequestTest, LetsSignalsInEvenWhenNothingHasToBeWaitedFor) {
     const HeldSignals signals;
     test::ClientSocket client = connect();
     client.send(std::string(100'000, 'x') + '\0');  // more than the first look ahead
-    ::raise(SIGCHLD);
+    ASSERT_EQ(::raise(SIGCHLD), 0);
     read();
     EXPECT_EQ(signals.handled(), 1);
 }

@@ -48,7 +48,7 @@ TEST_F(SendResponseTest, WaitsForAClientThatReadsSlowly) {
 TEST_F(SendResponseTest, NeverDiesWhenTheClientIsGone) {
     test::ClientSocket client = connect();
     client.close();
-    const std::string text(64 * 1024, 'x');
+    const std::string text(65'536, 'x');
     EXPECT_THROW(
         {
             while (true) {
@@ -71,7 +71,7 @@ TEST_F(SendResponseTest, GivesAClientThatDoesNotReadUpAfterTheTimeLimit) {
     constexpr int smallBuffer = 4096;
     server.requestTimeout = 1;
     test::ClientSocket client = connect(smallBuffer);
-    const std::string text(16 * 1024 * 1024, 'x');
+    const std::string text(std::size_t{16} * 1024 * 1024, 'x');
     try {
         send(text);
         FAIL();

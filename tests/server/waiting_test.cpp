@@ -35,19 +35,19 @@ class WaitingTest : public testing::Test {
 };
 
 TEST_F(WaitingTest, LetsSignalsInOnlyWhileItWaits) {
-    ::raise(SIGCHLD);
+    ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_EQ(signals.handled(), 0);
     errno = 0;
     EXPECT_EQ(waitForPair(), -1);
     EXPECT_EQ(errno, EINTR);
     EXPECT_EQ(signals.handled(), 1);
-    ::raise(SIGCHLD);
+    ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_EQ(signals.handled(), 1);
 }
 
 TEST_F(WaitingTest, LetsSignalsInEvenWhenASocketIsReadyAtOnce) {
     ASSERT_EQ(::write(pair[1], "x", 1), 1);
-    ::raise(SIGCHLD);
+    ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_TRUE(test::waitUntil([this] { return waitForPair() == -1; }));
     EXPECT_EQ(signals.handled(), 1);
     EXPECT_EQ(waitForPair(), 1);
@@ -55,7 +55,7 @@ TEST_F(WaitingTest, LetsSignalsInEvenWhenASocketIsReadyAtOnce) {
 
 TEST_F(WaitingTest, DeliversSignalsInBetween) {
     EXPECT_FALSE(deliverPendingSignals());
-    ::raise(SIGCHLD);
+    ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_TRUE(deliverPendingSignals());
     EXPECT_EQ(signals.handled(), 1);
     EXPECT_FALSE(deliverPendingSignals());

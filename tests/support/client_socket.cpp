@@ -20,7 +20,7 @@
 namespace corvane::test {
 namespace {
 
-constexpr std::size_t block = 256 * 1024;
+constexpr std::size_t block = 262'144;
 
 [[noreturn]] void fail(const std::string& what) {
     throw std::runtime_error(what + ": " + std::strerror(errno));
