@@ -34,6 +34,7 @@ int lex_stricmp(std::string_view a, std::string_view b);
 /// lex_strcmp_coll(), so that sorting many names decodes each of them once.
 class LexKeys {
   public:
+    /// `key` must have an answer for every ASCII character.
     explicit LexKeys(LexKey key);
 
     void append(std::string_view text, std::string& bytes) const;
