@@ -39,7 +39,7 @@ void vanishWithinRequest(const ServerProcess& server) {
 void vanishWithinReply(const ServerProcess& server) {
     Client vanishing(server.port());
     vanishing.send(std::string("readText\nlarge\0", 15));
-    std::this_thread::sleep_for(milliseconds(100));
+    vanishing.awaitReply();
     vanishing.reset();
     expect(Client(server.port()).ask("hello") == unknownReply("hello"),
            "others are served after a reset within a reply");

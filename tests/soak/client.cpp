@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -89,6 +90,12 @@ std::string Client::reply() {
 std::string Client::ask(const std::string& request) {
     send(std::string_view(request.c_str(), request.size() + 1));
     return reply();
+}
+
+void Client::awaitReply() const {
+    constexpr int patience = 10'000;  // milliseconds
+    pollfd arrival{socket_, POLLIN, 0};
+    expect(::poll(&arrival, 1, patience) == 1, "a reply begins");
 }
 
 void Client::reset() {

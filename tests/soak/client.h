@@ -26,6 +26,8 @@ class Client {
     bool tryReply(std::string& reply);
     /// Sends a request and returns its reply.
     std::string ask(const std::string& request);
+    /// Waits until the next reply has begun to arrive, and takes nothing of it.
+    void awaitReply() const;
     /// Closes the connection so that the server sees a reset.
     void reset();
 
