@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 
 #include "commands/wndutil.h"
@@ -112,6 +113,17 @@ TEST_F(ToolRun, ReportsAToolThatCannotBeExecuted) {
     EXPECT_EQ(runFailing(), test::withCode("Program error: <execv() fail err " +
                                                std::to_string(ENOEXEC) + "> [" + toolPath + "])",
                                            ENOEXEC));
+}
+
+TEST_F(ToolRun, RunsNoExitHandlerWhenTheToolCannotBeExecuted) {
+    static const pid_t parent = ::getpid();
+    const auto handler = [] {
+        if (::getpid() != parent) {
+            ::_exit(1);
+        }
+    };
+    ASSERT_EQ(std::atexit(handler), 0);
+    EXPECT_EQ(runFailing(), "Program error: <execv() fail err 2> [" + toolPath + "]) (2)");
 }
 
 TEST_F(ToolRun, DoesNotSearchThePath) {

@@ -149,6 +149,21 @@ TEST_F(RequestsTest, OfTenMebibytesWriteAWholeFile) {
     EXPECT_TRUE(readFile(path) == data);
 }
 
+TEST_F(RequestsTest, ThatAreLargeGiveTheirMemoryBack) {
+    if (CORVANE_SANITIZED) {
+        GTEST_SKIP() << "sanitizers keep what is freed for a while";
+    }
+    constexpr std::size_t size = std::size_t{64} * 1024 * 1024;
+    constexpr long little = 8L * 1024;  // KiB
+    start("log4cpp.priority=NOTICE\n");
+    ClientSocket client = server().connect();
+    client.request("currentDir");
+    const long before = server().residentMemory();
+    EXPECT_EQ(client.request("unknown\n" + std::string(size, 'x')), failedReply("unknown"));
+    EXPECT_EQ(client.request("currentDir"), currentDir());
+    EXPECT_LT(server().residentMemory(), before + little);
+}
+
 TEST_F(RequestsTest, AreAnsweredWithoutWaitingForAnAcknowledgement) {
     constexpr int count = 2000;
     constexpr long tooLong = 30;  // milliseconds; a delayed acknowledgement takes 40 or more

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "support/child_reports.h"
 #include "support/environment.h"
@@ -101,6 +102,18 @@ TEST_F(StartProgram, EndsTheChildWithStatus255WhenItCannotBeExecuted) {
         EXPECT_TRUE(WIFEXITED(status)) << program;
         EXPECT_EQ(WEXITSTATUS(status), 255) << program;
     }
+}
+
+TEST_F(StartProgram, RunsNoExitHandlerInAChildThatCannotBeExecuted) {
+    static const pid_t parent = ::getpid();
+    const auto handler = [] {
+        if (::getpid() != parent) {
+            ::_exit(1);
+        }
+    };
+    ASSERT_EQ(std::atexit(handler), 0);
+    const int status = statusOf(startProgram({scratch / "missing"}, StandardStreams::Closed));
+    EXPECT_EQ(WEXITSTATUS(status), 255);
 }
 
 TEST_F(StartProgram, LeavesTheDescriptorsAndSignalsOfTheParentAlone) {
