@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "fileutil/file_desc.h"
+#include "fileutil/open_flags.h"
 
 namespace corvane {
 namespace {
@@ -38,13 +39,12 @@ int closeFile(FILE* file, const std::string& path, const CommandLog& log) {
 }
 
 bool CommandFile::openForReading() {
-    return adopt(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK), "rb", mayNeverEnd);
+    return adopt(::open(path_.c_str(), O_RDONLY | guardedOpen), "rb", mayNeverEnd);
 }
 
 bool CommandFile::openForWriting() {
-    return adopt(
-        ::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, newFileMode),
-        "w+", mayNotBeOverwritten);
+    return adopt(::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | guardedOpen, newFileMode), "w+",
+                 mayNotBeOverwritten);
 }
 
 bool CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {

@@ -13,6 +13,7 @@
 
 #include "commands/movie_page.h"
 #include "fileutil/file_desc.h"
+#include "fileutil/open_flags.h"
 
 namespace corvane {
 namespace {
@@ -139,7 +140,7 @@ std::uint32_t littleEndian(const Byte* bytes) {
 }  // namespace
 
 MovieSize readSWFSize(const char* swfPath) {
-    const FileDesc file(::open(swfPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDesc file(::open(swfPath, O_RDONLY | guardedOpen));
     struct stat info {};
     if (file == -1 || ::fstat(file, &info) != 0 || !S_ISREG(info.st_mode)) {
         return defaultSize;

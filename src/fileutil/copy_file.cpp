@@ -11,6 +11,7 @@
 
 #include "fileutil/file_desc.h"
 #include "fileutil/file_operations.h"
+#include "fileutil/open_flags.h"
 #include "fileutil/paths.h"
 #include "platform/system.h"
 #include "text/exception.h"
@@ -37,8 +38,7 @@ struct OpenFile {
 };
 
 OpenFile openSource(const FilePlace& src) {
-    OpenFile file{
-        FileDesc(::openat(src.directory, src.name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))};
+    OpenFile file{FileDesc(::openat(src.directory, src.name.c_str(), O_RDONLY | guardedOpen))};
     if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
         throw fileError("open src", src.path, errno);
     }
@@ -49,8 +49,8 @@ OpenFile openSource(const FilePlace& src) {
 }
 
 OpenFile openTarget(const FilePlace& dst) {
-    OpenFile file{FileDesc(::openat(dst.directory, dst.name.c_str(),
-                                    O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, newFileMode))};
+    OpenFile file{FileDesc(
+        ::openat(dst.directory, dst.name.c_str(), O_WRONLY | O_CREAT | guardedOpen, newFileMode))};
     if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
         throw fileError("open dst", dst.path, errno);
     }

@@ -11,6 +11,7 @@
 #include <locale>
 
 #include "fileutil/file_desc.h"
+#include "fileutil/open_flags.h"
 #include "text/byte_buffer.h"
 #include "text/exception.h"
 #include "text/memory_stream.h"
@@ -27,7 +28,7 @@ const std::locale default_locale;
 // A pipe would hold the program until somebody writes to it, a device might never end. What cannot
 // be read (a directory) counts as empty, as for a stream that is open but fails.
 ByteBuffer readWhole(const std::string& path) {
-    const FileDesc file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const FileDesc file(::open(path.c_str(), O_RDONLY | guardedOpen));
     struct stat info {};
     if (file == -1 || ::fstat(file, &info) != 0 ||
         !(S_ISREG(info.st_mode) || S_ISDIR(info.st_mode))) {
