@@ -51,8 +51,8 @@ class TreeCopier {
 
     void file(const std::string& name) {
         if (options_.isAllowed(name)) {
-            copyFileAt({src_.current(), name, srcPath_ + name},
-                       {dst_.current(), name, dstPath_ + name}, true);
+            copyFileToOrInto({src_.current(), name, srcPath_ + name},
+                             {dst_.current(), name, dstPath_ + name});
         }
     }
 
@@ -148,7 +148,7 @@ bool makeDirectory(const std::string& path) {
 }
 
 void copyFile(const std::string& src, const std::string& dst) {
-    copyFileAt(placeOf(src), placeOf(targetOf(src, dst)), false);
+    copyFileAt(placeOf(src), placeOf(targetOf(src, dst)), Target::File);
 }
 
 void copyDirectory(const std::string& src, const std::string& dst, const CopyOptions* options) {
@@ -179,7 +179,7 @@ void renameFile(const std::string& src, const std::string& dst) {
         makeDirectory(target);
         copyDirectory(src, target, nullptr);
         removeDirectory(src);
-    } else if (copyFileAt(placeOf(src), placeOf(target), false)) {
+    } else if (copyFileAt(placeOf(src), placeOf(target), Target::RegularFile)) {
         removeFile(src);
     }
 }

@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <utility>
 
 #include "fileutil/file_desc.h"
 #include "fileutil/file_operations.h"
@@ -48,16 +49,33 @@ OpenFile openSource(const FilePlace& src) {
     return file;
 }
 
-OpenFile openTarget(const FilePlace& dst) {
+OpenFile openTarget(const FilePlace& dst, Target target) {
     OpenFile file{FileDesc(
         ::openat(dst.directory, dst.name.c_str(), O_WRONLY | O_CREAT | guardedOpen, newFileMode))};
     if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
         throw fileError("open dst", dst.path, errno);
     }
-    if (S_ISFIFO(file.info.st_mode) || S_ISSOCK(file.info.st_mode)) {
+    const bool refused = target == Target::RegularFile
+                             ? !S_ISREG(file.info.st_mode)
+                             : S_ISFIFO(file.info.st_mode) || S_ISSOCK(file.info.st_mode);
+    if (refused) {
         throw fileError("open dst", dst.path, EINVAL);
     }
     return file;
+}
+
+// Opens the target; where that is a directory, `dst` becomes the place in it under `name`.
+OpenFile openTargetOrInside(FilePlace& dst, const std::string& name) {
+    try {
+        return openTarget(dst, Target::File);
+    } catch (const IOException& e) {
+        if (e.code != EISDIR) {
+            throw;
+        }
+    }
+    dst.name = slashPath(dst.name) + name;
+    dst.path = slashPath(dst.path) + name;
+    return openTarget(dst, Target::File);
 }
 
 enum class Outcome { Done, ReadFailed, WriteFailed };
@@ -114,21 +132,8 @@ Outcome copyContents(const OpenFile& from, OpenFile& to) {
     return outcome;
 }
 
-}  // namespace
-
-bool copyFileAt(const FilePlace& src, const FilePlace& dst, bool intoDirectory) {
-    const OpenFile from = openSource(src);
-    OpenFile to;
-    try {
-        to = openTarget(dst);
-    } catch (const IOException& e) {
-        if (e.code != EISDIR || !intoDirectory) {
-            throw;
-        }
-        const std::string name = getFileName(src.path);
-        return copyFileAt(
-            src, {dst.directory, slashPath(dst.name) + name, slashPath(dst.path) + name}, false);
-    }
+// Copies between two open files, of which both places are known. False when they are the same.
+bool copyOpened(const OpenFile& from, OpenFile to, const FilePlace& src, const FilePlace& dst) {
     if (from.info.st_dev == to.info.st_dev && from.info.st_ino == to.info.st_ino) {
         return false;
     }
@@ -142,6 +147,19 @@ bool copyFileAt(const FilePlace& src, const FilePlace& dst, bool intoDirectory) 
     }
     throw outcome == Outcome::ReadFailed ? fileError("read src", src.path, error)
                                          : fileError("write dst", dst.path, error);
+}
+
+}  // namespace
+
+bool copyFileAt(const FilePlace& src, const FilePlace& dst, Target target) {
+    const OpenFile from = openSource(src);
+    return copyOpened(from, openTarget(dst, target), src, dst);
+}
+
+void copyFileToOrInto(const FilePlace& src, FilePlace dst) {
+    const OpenFile from = openSource(src);
+    OpenFile to = openTargetOrInside(dst, getFileName(src.path));
+    copyOpened(from, std::move(to), src, dst);
 }
 
 }  // namespace corvane

@@ -14,9 +14,17 @@ struct FilePlace {
     std::string path;
 };
 
-/// Copies the contents of `src` to `dst`; see copyFile() for what it promises and throws. When a
-/// directory of that name exists and `intoDirectory` is set, the copy goes into it under the
-/// source's name. Returns false when both are the same file, which is left as it is.
-bool copyFileAt(const FilePlace& src, const FilePlace& dst, bool intoDirectory);
+/// What an existing target of a copy may be.
+enum class Target {
+    File,         ///< also a device, which keeps nothing
+    RegularFile,  ///< anything else is refused with "open dst file '%s' error" (EINVAL)
+};
+
+/// Copies the contents of `src` to `dst`; see copyFile() for what it promises and throws. Returns
+/// false when both are the same file, which is left as it is.
+bool copyFileAt(const FilePlace& src, const FilePlace& dst, Target target);
+
+/// The same, but when `dst` is a directory, the copy goes into it under the source's name.
+void copyFileToOrInto(const FilePlace& src, FilePlace dst);
 
 }  // namespace corvane

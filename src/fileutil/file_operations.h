@@ -39,7 +39,8 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
 /// Moves a file by copying and then removing it, which works across volumes; onto itself it stays
 /// where it is. A directory is copied, and then removed only when it was empty: with contents the
 /// copy and the source both stay and "remove directory '%s' error" is thrown. When `dst` is a
-/// directory, the source goes into it under its own name.
+/// directory, the source goes into it under its own name. A device as target is refused (EINVAL):
+/// it would not keep the contents.
 void renameFile(const std::string& src, const std::string& dst);
 
 }  // namespace corvane

@@ -136,6 +136,16 @@ TEST_F(RenameFile, KeepsTheSourceWhenTheCopyFails) {
     EXPECT_FALSE(fs::exists(scratch / "dst"));
 }
 
+TEST_F(RenameFile, KeepsTheSourceWhenTheTargetIsADevice) {
+    const std::string src = scratch.file("src", "kept");
+    fs::create_symlink("/dev/null", scratch / "link");
+    for (const std::string& dst : {std::string("/dev/null"), scratch / "link"}) {
+        EXPECT_EQ(renaming(src, dst), "open dst file '" + dst + "' error (22)");
+        EXPECT_EQ(test::readFile(src), "kept");
+    }
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
 TEST_F(RenameFile, KeepsAPipe) {
     const std::string pipe = scratch / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
