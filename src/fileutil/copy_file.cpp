@@ -43,7 +43,11 @@ OpenFile openSource(const FilePlace& src) {
     if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
         throw fileError("open src", src.path, errno);
     }
-    if (!S_ISREG(file.info.st_mode) && !S_ISDIR(file.info.st_mode)) {
+    if (S_ISDIR(file.info.st_mode)) {
+        // The error of reading it, which must not wait until the target has been touched.
+        throw fileError("read src", src.path, EISDIR);
+    }
+    if (!S_ISREG(file.info.st_mode)) {
         throw fileError("open src", src.path, EINVAL);
     }
     return file;

@@ -197,6 +197,15 @@ TEST_F(CopyDirectory, StopsAtALinkToADirectory) {
     EXPECT_TRUE(fs::is_empty(scratch / "dst"));
 }
 
+TEST_F(CopyDirectory, KeepsTheFileThatALinkToADirectoryWouldReplace) {
+    scratch.directory("src");
+    fs::create_directory_symlink("..", scratch / "src/link");
+    scratch.file("dst/link", "kept");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              withCode("read src file '" + (scratch / "src/link") + "' error", EISDIR));
+    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"link", "file:kept"}}));
+}
+
 TEST_F(CopyDirectory, StopsAtPipesAndSocketsWithoutWaiting) {
     scratch.directory("dst");
     const test::WorkingDirectory inside(scratch.path());

@@ -133,10 +133,16 @@ TEST_F(CopyFile, NamesTheCompletedTargetThatCannotBeOpened) {
     EXPECT_EQ(copying(src, ""), "open dst file '' error (2)");
 }
 
-TEST_F(CopyFile, FailsToReadADirectoryAndRemovesTheTarget) {
-    const std::string src = scratch.directory("src");
-    EXPECT_EQ(copying(src, scratch / "dst"), withCode("read src file '" + src + "' error", EISDIR));
-    EXPECT_FALSE(fs::exists(scratch / "dst"));
+TEST_F(CopyFile, FailsToReadADirectoryAndLeavesTheTargetAsItIs) {
+    for (const std::string& src : {scratch.directory("src"), std::string("/")}) {
+        const std::string message = withCode("read src file '" + src + "' error", EISDIR);
+        fs::remove(scratch / "dst");
+        EXPECT_EQ(copying(src, scratch / "dst"), message);
+        EXPECT_FALSE(fs::exists(scratch / "dst"));
+        scratch.file("dst", "kept");
+        EXPECT_EQ(copying(src, scratch / "dst"), message);
+        EXPECT_EQ(test::readFile(scratch / "dst"), "kept");
+    }
 }
 
 TEST_F(CopyFile, RefusesPipesSocketsAndDevicesAsASource) {
