@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <log4cpp/Category.hh>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
@@ -19,38 +21,52 @@ constexpr std::array<std::string_view, 5> rootNames{"HKEY_CLASSES_ROOT", "HKEY_C
                                                     "HKEY_LOCAL_MACHINE", "HKEY_USERS",
                                                     "HKEY_CURRENT_CONFIG"};
 
-// In the order in which they are searched.
-std::array<std::string, 3> registryFiles() {
-    return {correctDirectoryPath(getUserDirectory()) + ".corvane/registry.txt",
-            correctDirectoryPath(getApplicationDirectory()) + "registry.txt",
-            "/etc/corvane/registry.txt"};
+std::string userFile() {
+    return correctDirectoryPath(getUserDirectory()) + ".corvane/registry.txt";
+}
+
+std::string applicationFile() {
+    return correctDirectoryPath(getApplicationDirectory()) + "registry.txt";
+}
+
+std::string systemFile() { return "/etc/corvane/registry.txt"; }
+
+std::optional<std::string> valueIn(const std::string& file, const std::string& key) {
+    static log4cpp::Category& log =
+        log4cpp::Category::getInstance("corvane.fileutil.getRegString.ux");
+    const std::string localFile = strconv::utf82acs(file);
+    if (::access(localFile.c_str(), R_OK) != 0) {
+        log.debug("doesn't have READ access to file '%s'", file.c_str());
+        return std::nullopt;
+    }
+    Properties store(false);
+    store.load(localFile);
+    const char* value = store.getProperty(key);
+    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
 }
 
 }  // namespace
 
+RegistryFiles registryFiles() { return {userFile, applicationFile, systemFile}; }
+
+std::string findRegString(const std::string& key, const RegistryFiles& files) {
+    std::string places;
+    for (const auto& pathOf : files) {
+        const std::string file = pathOf();
+        if (std::optional<std::string> value = valueIn(file, key)) {
+            return *std::move(value);
+        }
+        places += (places.empty() ? " neither in " : " nor ") + file;
+    }
+    throw Exception("Can't find registry key '" + key + "'" + places);
+}
+
 std::string getRegString(const std::string& root, const std::string& path,
                          const std::string& name) {
-    static log4cpp::Category& log =
-        log4cpp::Category::getInstance("corvane.fileutil.getRegString.ux");
     if (std::find(rootNames.begin(), rootNames.end(), root) == rootNames.end()) {
         throw Exception("Wrong root key " + root);
     }
-    const std::string key = root + "/" + correctPath(path) + ":" + name;
-    const std::array<std::string, 3> files = registryFiles();
-    for (const std::string& file : files) {
-        const std::string localFile = strconv::utf82acs(file);
-        if (::access(localFile.c_str(), R_OK) != 0) {
-            log.debug("doesn't have READ access to file '%s'", file.c_str());
-            continue;
-        }
-        Properties store(false);
-        store.load(localFile);
-        if (const char* value = store.getProperty(key); value != nullptr) {
-            return value;
-        }
-    }
-    throw Exception("Can't find registry key '" + key + "' neither in " + files[0] + " nor " +
-                    files[1] + " nor " + files[2]);
+    return findRegString(root + "/" + correctPath(path) + ":" + name, registryFiles());
 }
 
 std::string getRegString(const std::string& root, const std::string& path, const std::string& name,

@@ -2,6 +2,8 @@
 // is kept between look-ups, so that an edited file counts at once.
 #pragma once
 
+#include <array>
+#include <functional>
 #include <string>
 
 namespace corvane {
@@ -15,6 +17,15 @@ std::string getRegString(const std::string& root, const std::string& path, const
 /// The same, with the failure logged and `defaultValue` returned instead of an Exception.
 std::string getRegString(const std::string& root, const std::string& path, const std::string& name,
                          const std::string& defaultValue);
+
+/// The paths of the registry files in the order in which they are searched. Each is asked for only
+/// when its turn comes, since a path may be unknown (IOException) and yet not needed.
+using RegistryFiles = std::array<std::function<std::string()>, 3>;
+RegistryFiles registryFiles();
+
+/// The value of a whole key "ROOT/PATH:NAME" from the first of the files that has it. A file that
+/// cannot be read is skipped. Throws Exception when none has it.
+std::string findRegString(const std::string& key, const RegistryFiles& files);
 
 /// Always throws Exception: the registry is read-only.
 void setRegString(const std::string& root, const std::string& path, const std::string& name,

@@ -98,6 +98,42 @@ TEST_F(Registry, PrefersTheUsersFile) {
     EXPECT_EQ(getRegString("HKEY_USERS", "X", "b"), "application");
 }
 
+TEST_F(Registry, SearchesTheUsersFileThenTheApplicationsThenTheSystems) {
+    RegistryFiles files = registryFiles();
+    EXPECT_EQ(files[0](), userFile);
+    EXPECT_EQ(files[1](), applicationFile);
+    EXPECT_EQ(files[2](), systemFile);
+    const std::string substitute = scratch.file("etc/registry.txt",
+                                                "HKEY_USERS/X:a=system\nHKEY_USERS/X:b=system\n"
+                                                "HKEY_USERS/X:c=system\n");
+    files[2] = [&] { return substitute; };
+    applicationValues("HKEY_USERS/X:a=application\nHKEY_USERS/X:b=application\n");
+    userValues("HKEY_USERS/X:a=user\n");
+    EXPECT_EQ(findRegString("HKEY_USERS/X:a", files), "user");
+    EXPECT_EQ(findRegString("HKEY_USERS/X:b", files), "application");
+    EXPECT_EQ(findRegString("HKEY_USERS/X:c", files), "system");
+    EXPECT_EQ(thrownBy<Exception>([&] { findRegString("HKEY_USERS/X:d", files); }),
+              "Can't find registry key 'HKEY_USERS/X:d' neither in " + userFile + " nor " +
+                  applicationFile + " nor " + substitute);
+}
+
+TEST_F(Registry, PrefersTheUsersFileToTheSystems) {
+    userValues("HKEY_USERS/X:a=user\n");
+    RegistryFiles files = registryFiles();
+    files[2] = [path = scratch.file("etc/registry.txt", "HKEY_USERS/X:a=system\n")] {
+        return path;
+    };
+    EXPECT_EQ(findRegString("HKEY_USERS/X:a", files), "user");
+}
+
+TEST_F(Registry, NeedsNoPlaceOfTheProgramForAValueOfTheUsersFile) {
+    userValues("HKEY_USERS/X:a=user\n");
+    const test::ProgramArguments unknown({});
+    EXPECT_EQ(getRegString("HKEY_USERS", "X", "a"), "user");
+    EXPECT_EQ(thrownBy<IOException>([] { getRegString("HKEY_USERS", "X", "b"); }),
+              "cannot find application path. last path '' (2)");
+}
+
 TEST_F(Registry, GoesOnWhenAFileIsMissing) {
     applicationValues("HKEY_USERS/X:b=application\n");
     EXPECT_EQ(getRegString("HKEY_USERS", "X", "b"), "application");
