@@ -1,5 +1,6 @@
 // The commands about windows and the screen.
 #include <array>
+#include <climits>
 #include <log4cpp/Category.hh>
 
 #include "commands/command_log.h"
@@ -12,7 +13,11 @@ namespace {
 
 using log4cpp::Category;
 
-int numberOf(const std::string& line, long def) { return static_cast<int>(toLong(line, def)); }
+// The number that a line begins with, or `def` when there is none or an int cannot hold it.
+int numberOf(const std::string& line, int def) {
+    const long number = toLong(line, def);
+    return number < INT_MIN || number > INT_MAX ? def : static_cast<int>(number);
+}
 
 // What a setWndPos request asks for. Numbers that the flags leave out are -1.
 struct Placement {

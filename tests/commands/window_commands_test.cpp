@@ -152,12 +152,19 @@ TEST_F(WindowCommands, SetWndPosShowsTheFlagsInHexadecimal) {
 
 TEST_F(WindowCommands, SetWndPosFailsForFlagsThatAskForNothing) {
     recordingTool("");
-    for (const std::string flags : {"0", "abc", "", "0x1"}) {
+    for (const std::string flags : {"0", "abc", "", "0x1", "4294967297", "-4294967295",
+                                    "2147483649", "9223372036854775809"}) {
         EXPECT_EQ(ask("setWndPos", flags + "\n1\n2\nw"), failure("setWndPos"));
         EXPECT_EQ(log.lines(), Lines{commandLine("ERROR", "setWndPos",
                                                  ": ERROR: 'Invalid flag '" + flags + "''")});
     }
     EXPECT_EQ(calls(), "");
+}
+
+TEST_F(WindowCommands, SetWndPosTakesANumberThatIsTooLargeForNone) {
+    recordingTool("");
+    EXPECT_EQ(ask("setWndPos", "1\n4294967306\n2147483647\nw"), success("setWndPos"));
+    EXPECT_EQ(calls(), "<-n><w><-p><-1,2147483647>\n");
 }
 
 TEST_F(WindowCommands, SetWndPosMovesThePlayerWithoutAName) {
