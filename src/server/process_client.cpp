@@ -67,8 +67,13 @@ bool Server::processClient(int sock) {
 }
 
 bool Server::serveRequest(int sock) {
-    if (const Received received = receiveRequest(sock, request_); received != Received::Request) {
-        return received == Received::LineEnd || closeFinished(sock, true);
+    switch (receiveRequest(sock, request_)) {
+        case Received::LineEnd:
+            return true;
+        case Received::End:
+            return closeFinished(sock, true);
+        case Received::Request:
+            break;
     }
     if (isLogged(log4cpp::Priority::DEBUG)) {
         logRequest(request_.view());
@@ -107,9 +112,10 @@ bool Server::refuseForeignRequest(int sock, const std::string& line) {
                          formatAddress(sock).c_str(), line.c_str());
     }
     try {
+        request_.clearAndShrink(0);  // a page may have filled the memory with its first line
         sendFatalError(sock, line);
         platform::discardReceived(sock, mostDiscarded);
-    } catch (const SocketException&) {
+    } catch (const std::exception&) {
         // It is closed below in any case.
     }
     closeSocket(clients, sock, true);

@@ -132,13 +132,13 @@ bool Server::checkFirstLine(std::string_view request, std::size_t alreadySearche
         line.remove_suffix(1);
     }
     if (isHttpRequestLine(line)) {
-        throw ForeignRequest(std::string(line));
+        throw ForeignRequest(line);
     }
     return true;
 }
 
 void Server::logBytes(std::string_view bytes) const {
-    if (debugRequestRead) {
+    if (debugRequestRead && isLogged(log4cpp::Priority::DEBUG)) {
         for (const char c : bytes) {
             const int value = static_cast<signed char>(c);  // NOLINT: logged as a signed number
             requestLog().debug("request byte %d (0x%#x)", value, static_cast<unsigned>(value));

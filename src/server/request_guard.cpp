@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <utility>
 
 #include "text/strings.h"
 
@@ -17,8 +16,8 @@ bool isTokenCharacter(char c) {
 
 }  // namespace
 
-ForeignRequest::ForeignRequest(std::string firstLine)
-    : Exception("refused request"), line(std::move(firstLine)) {}
+ForeignRequest::ForeignRequest(std::string_view firstLine)
+    : Exception("refused request"), line(firstLine.substr(0, longestLine)) {}
 
 bool isHttpRequestLine(std::string_view line) {
     constexpr std::string_view protocol = "HTTP/";

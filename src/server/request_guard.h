@@ -2,6 +2,7 @@
 // make it connect to the server and send an HTTP request whose body looks like commands.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,10 +10,13 @@
 
 namespace corvane {
 
-/// A request that the server refuses; `line` is its first line.
+/// A request that the server refuses; `line` is its first line, as far as it is logged and
+/// answered. No limit holds for what a page sends, so one must hold for what is kept of it.
 class ForeignRequest : public Exception {
   public:
-    explicit ForeignRequest(std::string firstLine);
+    static constexpr std::size_t longestLine = 1023;
+
+    explicit ForeignRequest(std::string_view firstLine);
 
     std::string line;
 };

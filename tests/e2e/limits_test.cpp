@@ -115,6 +115,26 @@ TEST_F(LimitsTest, OfMemoryCostAClientItsConnectionAndNothingElse) {
             hasClosed(client.address(), "not enough memory (" + std::to_string(ENOMEM) + ")"));
         expectService();
     }
+    for (const std::size_t size : {70U << 20U, 50U << 20U}) {
+        ClientSocket page = server().connect();
+        page.trySend("GET /" + std::string(size, 'x') + " HTTP/1.1\r\n");
+        page.untilEnd();
+        expectService();
+    }
+}
+
+TEST_F(LimitsTest, KeepOnlyTheBeginningOfAForeignLine) {
+    constexpr std::size_t longest = 1023;
+    constexpr std::size_t size = 20U << 20U;
+    constexpr int smallBuffer = 4096;
+    const std::string line = "GET /" + std::string(size, 'x') + " HTTP/1.1";
+    start("");
+    ClientSocket page = server().connect(smallBuffer);  // reads nothing before all is over
+    page.send(line + "\r\n");
+    expectService();
+    EXPECT_TRUE(server().hasLogged("WARN " + clientLog + "Client " + page.address() +
+                                   ": refused, not an application's request: '" +
+                                   line.substr(0, longest) + "'"));
 }
 
 }  // namespace
