@@ -1,9 +1,12 @@
 #include "server/address.h"
 
 #include <arpa/inet.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 
-#include <unordered_map>
+#include <array>
+#include <cstddef>
+#include <optional>
 
 #include "text/strings.h"
 
@@ -15,9 +18,11 @@ struct Peer {
     std::string text;  // empty until it is first asked for
 };
 
-std::unordered_map<int, Peer>& peers() {
-    static std::unordered_map<int, Peer> known;
-    return known;
+// By descriptor. A connection beyond the select set is never served, so never remembered.
+std::array<std::optional<Peer>, FD_SETSIZE> peers;
+
+std::optional<Peer>* slotOf(int sock) {
+    return sock >= 0 && sock < FD_SETSIZE ? &peers[static_cast<std::size_t>(sock)] : nullptr;
 }
 
 }  // namespace
@@ -32,8 +37,8 @@ std::string formatAddress(const sockaddr_in& sa) {
 }
 
 std::string formatAddress(int sock) {
-    if (const auto known = peers().find(sock); known != peers().end()) {
-        Peer& peer = known->second;
+    if (std::optional<Peer>* const known = slotOf(sock); known != nullptr && known->has_value()) {
+        Peer& peer = **known;
         if (peer.text.empty()) {
             peer.text = formatAddress(peer.address);
         }
@@ -50,8 +55,16 @@ std::string formatAddress(int sock) {
     return result == 0 && address.sin_family == AF_INET ? formatAddress(address) : "?.?.?.?:?";
 }
 
-void rememberPeer(int sock, const sockaddr_in& peer) { peers()[sock] = {peer, {}}; }
+void rememberPeer(int sock, const sockaddr_in& peer) {
+    if (std::optional<Peer>* const slot = slotOf(sock); slot != nullptr) {
+        *slot = Peer{peer, {}};
+    }
+}
 
-void forgetPeer(int sock) { peers().erase(sock); }
+void forgetPeer(int sock) {
+    if (std::optional<Peer>* const slot = slotOf(sock); slot != nullptr) {
+        slot->reset();
+    }
+}
 
 }  // namespace corvane

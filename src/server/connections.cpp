@@ -7,6 +7,7 @@
 #include <chrono>
 #include <log4cpp/Category.hh>
 
+#include "fileutil/file_desc.h"
 #include "fileutil/properties.h"
 #include "platform/system.h"
 #include "server/address.h"
@@ -29,13 +30,13 @@ void Server::processListener(int listenSock) {
     static log4cpp::Category& log =
         log4cpp::Category::getInstance("corvane.server.process.listener");
     sockaddr_in peer{};
-    const int sock = platform::acceptConnection(listenSock, peer);
+    FileDesc sock(platform::acceptConnection(listenSock, peer));
     int error = sock == -1 ? errno : 0;
     if (error == EAGAIN || error == EINTR) {
         return;  // the connection is gone again
     }
     if (sock >= FD_SETSIZE) {
-        ::close(sock);
+        sock.close();
         error = EMFILE;
     } else if (isShortage(error)) {
         listenersPausedUntil_ = std::chrono::steady_clock::now() + acceptPause;
@@ -47,9 +48,9 @@ void Server::processListener(int listenSock) {
         return;
     }
     rememberPeer(sock, peer);
-    addSocket(clients, sock);
+    addSocket(clients, sock.release());
     if (log.isInfoEnabled()) {
-        log.info("accepted connection from %s", formatAddress(sock).c_str());
+        log.info("accepted connection from %s", formatAddress(clients.back()).c_str());
     }
 }
 

@@ -89,6 +89,7 @@ void Server::initListener(const std::string& listenAddress, int listenPort) {
     if (::listen(sock, backlog) != 0) {
         throw SocketException("Listen exception", errno);
     }
+    clients.reserve(FD_SETSIZE);  // adding a client never needs memory, which may be short then
     addSocket(listeners, sock.release());
     log.notice("Listening on %s", formatAddress(listeners.back()).c_str());
     if (!isLoopback(local.sin_addr)) {
