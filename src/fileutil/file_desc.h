@@ -29,9 +29,8 @@ class FileDesc {
     /// Hands the descriptor over to the caller.
     int release() { return std::exchange(fd_, -1); }
 
-    operator int() const {
-        return fd_;
-    }  // NOLINT(google-explicit-constructor): used as a descriptor
+    /// Implicit, so that the calls of POSIX take an owner where they take a descriptor.
+    operator int() const { return fd_; }  // NOLINT(google-explicit-constructor)
 
   private:
     int fd_;

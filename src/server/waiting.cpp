@@ -21,6 +21,19 @@ volatile std::sig_atomic_t stopWanted = 0;
 
 constexpr std::initializer_list<int> heldSignals = {SIGTERM, SIGINT, SIGCHLD};
 
+// pselect does not let signals in when a socket is ready at once, as under steady load; asking for
+// them before every wait would cost a system call a request.
+bool deliverSignalsNowAndThen() {
+    constexpr std::chrono::milliseconds longestDelay{1};
+    static steady_clock::time_point nextTime;
+    const steady_clock::time_point now = steady_clock::now();
+    if (now < nextTime) {
+        return false;
+    }
+    nextTime = now + longestDelay;
+    return deliverPendingSignals();
+}
+
 timespec timeLeft(steady_clock::time_point deadline) {
     const nanoseconds left =
         std::max(nanoseconds::zero(), duration_cast<nanoseconds>(deadline - steady_clock::now()));
@@ -65,19 +78,6 @@ bool stopRequested() { return stopWanted != 0; }
 
 Deadline deadlineAfter(int secondsAway) {
     return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
-}
-
-// pselect does not let signals in when a socket is ready at once, as under steady load; asking for
-// them before every wait would cost a system call a request.
-static bool deliverSignalsNowAndThen() {
-    constexpr std::chrono::milliseconds longestDelay{1};
-    static steady_clock::time_point nextTime;
-    const steady_clock::time_point now = steady_clock::now();
-    if (now < nextTime) {
-        return false;
-    }
-    nextTime = now + longestDelay;
-    return deliverPendingSignals();
 }
 
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {

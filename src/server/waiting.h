@@ -1,6 +1,7 @@
-// The only places where the program waits, and the only places where signals reach it: SIGTERM,
-// SIGINT and SIGCHLD stay blocked while it works, so that their handlers may log and close sockets
-// directly without ever interrupting the logging library or the allocator.
+// The only places where signals reach the program: SIGTERM, SIGINT and SIGCHLD stay blocked while
+// it works, so that their handlers may log and close sockets directly without ever interrupting the
+// logging library or the allocator. Two waits are outside, and hold signals up: the look-up of a
+// host name at the start, and the second that an opener of addresses is given to fail.
 #pragma once
 
 #include <signal.h>
