@@ -32,7 +32,7 @@ struct Configuration {
     bool fileFound;
 };
 
-// All up to the point where the program may detach. Throws for what keeps it from starting.
+// All up to and including the detaching. Throws for what keeps the program from starting.
 Configuration initialise(const std::string& name) {
     ensureStandardDescriptors();
     initStartupDirectory();
@@ -88,6 +88,7 @@ void serve(log4cpp::Category& log) {
 void stop(log4cpp::Category& log, std::unique_ptr<Server> running) {
     try {
         server = nullptr;
+        running->deinitServer();  // what it throws is reported here; a destructor would terminate
         running.reset();
         log.notice("stop service");
         pidFile.release();
