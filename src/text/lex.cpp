@@ -107,17 +107,28 @@ int lex_stricmp(const char* a, const char* b) { return lex_strcmp_coll(a, b, lex
 
 int lex_stricmp(std::string_view a, std::string_view b) { return lex_strcmp_coll(a, b, lex_icoll); }
 
+// The place of an ASCII character becomes one odd byte, its rank among all of them. Any other place
+// becomes the even byte between its neighbours, followed by the place itself.
 LexKeys::LexKeys(LexKey key) : key_(key) {
+    constexpr std::size_t ranks = 127;  // so that every byte, twice the rank and one, fits
     for (std::size_t c = 0; c < ascii_.size(); ++c) {
-        appendPlace(key(static_cast<wchar_t>(c)), ascii_[c]);
+        places_.push_back(key(static_cast<wchar_t>(c)));
+    }
+    std::sort(places_.begin(), places_.end());
+    places_.erase(std::unique(places_.begin(), places_.end()), places_.end());
+    places_.resize(std::min(places_.size(), ranks));
+    for (std::size_t c = 0; c < ascii_.size(); ++c) {
+        std::string bytes;
+        appendPlace(key(static_cast<wchar_t>(c)), bytes);
+        ascii_[c] = bytes.size() == 1 ? static_cast<unsigned char>(bytes.front()) : 0;
     }
 }
 
 void LexKeys::append(std::string_view text, std::string& bytes) const {
     while (!text.empty()) {
         const auto first = static_cast<unsigned char>(text.front());
-        if (first < ascii_.size()) {
-            bytes += ascii_[first];
+        if (first < ascii_.size() && ascii_[first] != 0) {
+            bytes.push_back(static_cast<char>(ascii_[first]));
             text.remove_prefix(1);
             continue;
         }
@@ -129,14 +140,13 @@ void LexKeys::append(std::string_view text, std::string& bytes) const {
     }
 }
 
-// Two bytes hold a short key, such as that of an ASCII character. A longer one follows a byte that
-// is greater than the first byte of every short one, so that comparing bytes still compares keys.
-void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) {
-    constexpr std::uint32_t SHORT_KEYS_END = 0x8000;
-    if (place < SHORT_KEYS_END) {
-        appendBigEndian(bytes, place, 2);
+void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) const {
+    const auto next = std::lower_bound(places_.begin(), places_.end(), place);
+    const auto rank = 2 * (next - places_.begin());
+    if (next != places_.end() && *next == place) {
+        bytes.push_back(static_cast<char>(rank + 1));
     } else {
-        bytes += '\x80';
+        bytes.push_back(static_cast<char>(rank));
         appendBigEndian(bytes, place, 4);
     }
 }

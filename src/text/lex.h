@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvane {
 
@@ -31,20 +32,23 @@ int lex_stricmp(const char* a, const char* b);
 int lex_stricmp(std::string_view a, std::string_view b);
 
 /// Turns texts into bytes whose plain comparison (as by std::string's <) gives the order of
-/// lex_strcmp_coll(), so that sorting many names decodes each of them once.
+/// lex_strcmp_coll(), so that sorting many names decodes each of them once. An ASCII character
+/// takes one byte.
 class LexKeys {
   public:
-    /// `key` must have an answer for every ASCII character.
+    /// Asks `key` for every ASCII character.
     explicit LexKeys(LexKey key);
 
     void append(std::string_view text, std::string& bytes) const;
 
   private:
-    LexKey key_;
-    static void appendPlace(std::uint32_t place, std::string& bytes);
+    void appendPlace(std::uint32_t place, std::string& bytes) const;
 
-    /// The bytes of every ASCII character.
-    std::array<std::string, 128> ascii_;
+    LexKey key_;
+    /// The places of the ASCII characters in their order.
+    std::vector<std::uint32_t> places_;
+    /// The byte of every ASCII character; 0 for one that takes several bytes.
+    std::array<unsigned char, 128> ascii_{};
 };
 
 /// The bytes of one text.
