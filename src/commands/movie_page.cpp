@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "fileutil/file_desc.h"
+#include "platform/system.h"
 #include "text/exception.h"
 #include "text/strings.h"
 
@@ -14,8 +15,6 @@ namespace corvane {
 namespace {
 
 constexpr std::string_view suffix = ".html";
-// Where tmpnam(3) puts its names.
-constexpr const char* pagePattern = "/tmp/fileXXXXXX.html";
 
 constexpr const char* htmlTemplate =
     "<html><head><title> - </title></head><body><embed src=\"%s\" quality=high "
@@ -41,11 +40,12 @@ bool writeWhole(int fd, std::string_view text) {
 std::string convertSWF(const char* swfPath) {
     const MovieSize size = readSWFSize(swfPath);
     const std::string page = format(htmlTemplate, swfPath, size.width, size.height);
-    std::string path = pagePattern;
+    std::string path = std::string(platform::temporaryNamePattern).append(suffix);
     // A new file for the owner only: nobody can plant a link under its name.
     FileDesc file(::mkstemps(path.data(), static_cast<int>(suffix.size())));
     if (file == -1) {
-        throw IOException(format("cannot create page '%s'", path.c_str()), errno);
+        const int error = errno;
+        throw IOException(format("cannot create page '%s'", path.c_str()), error);
     }
     if (!writeWhole(file, page) || file.close() != 0) {
         const int error = errno;

@@ -31,4 +31,7 @@ ssize_t copyInKernel(int from, int to, std::size_t count);
 /// The open(2) flag for a directory whose entries are only reached by name.
 int searchFlag();
 
+/// The names that the system's tmpnam(3) gives to temporary files, as a template of mkstemps(3).
+extern const char* const temporaryNamePattern;
+
 }  // namespace corvane::platform

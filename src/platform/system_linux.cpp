@@ -42,4 +42,6 @@ ssize_t copyInKernel(int from, int to, std::size_t count) {
 
 int searchFlag() { return O_PATH; }
 
+const char* const temporaryNamePattern = "/tmp/fileXXXXXX";
+
 }  // namespace corvane::platform

@@ -42,4 +42,7 @@ ssize_t copyInKernel(int /*from*/, int /*to*/, std::size_t /*count*/) {
 
 int searchFlag() { return O_SEARCH; }
 
+// The number counts the calls of tmpnam(3) in a process; the random letters are enough here.
+const char* const temporaryNamePattern = "/var/tmp/tmp.0.XXXXXX";
+
 }  // namespace corvane::platform

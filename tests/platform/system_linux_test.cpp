@@ -7,6 +7,8 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
+#include <string>
 
 #include "fileutil/file_desc.h"
 #include "platform/system.h"
@@ -115,6 +117,12 @@ TEST(SearchFlag, OpensADirectoryWhoseEntriesCanBeReached) {
     const FileDesc directory(
         ::open(scratch.path().c_str(), platform::searchFlag() | O_DIRECTORY | O_CLOEXEC));
     EXPECT_EQ(::faccessat(directory, "file", F_OK, 0), 0);
+}
+
+TEST(TemporaryNamePattern, IsTheFormOfTheNamesOfTmpnam) {
+    const std::string pattern = platform::temporaryNamePattern;
+    EXPECT_EQ(pattern.rfind(P_tmpdir "/file", 0), 0U);
+    EXPECT_EQ(pattern.size(), std::string(P_tmpdir "/fileXXXXXX").size());
 }
 
 }  // namespace
