@@ -1,5 +1,4 @@
 // Commands that change the file system: write, makeDir, delete, copy, rename.
-#include <cerrno>
 #include <cstdio>
 #include <log4cpp/Category.hh>
 #include <ostream>
@@ -70,8 +69,7 @@ void CorvaneServer::cmdWrite(int sock, const std::string& cmd, std::istream& par
     const std::string localName = strconv::utf82acs(name);
     CommandFile file(localName, log);
     const auto write = [&] {
-        if (!file.openForWriting()) {
-            const int error = errno;
+        if (const int error = file.openForWriting(); error != 0) {
             log.error(": fail (%d) to open file '%s'", error, name.c_str());
             sendResult(sock, cmd, false, error);
             return;

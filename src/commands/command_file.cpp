@@ -38,30 +38,30 @@ int closeFile(FILE* file, const std::string& path, const CommandLog& log) {
     return result;
 }
 
-bool CommandFile::openForReading() {
+int CommandFile::openForReading() {
     return adopt(::open(path_.c_str(), O_RDONLY | guardedOpen), "rb", mayNeverEnd);
 }
 
-bool CommandFile::openForWriting() {
+int CommandFile::openForWriting() {
     return adopt(::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | guardedOpen, newFileMode), "w+",
                  mayNotBeOverwritten);
 }
 
-bool CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {
+int CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {
     FileDesc opened(fd);
     struct stat info {};
     if (opened == -1 || ::fstat(opened, &info) != 0) {
-        return false;
+        return errno;
     }
     if (refused(info.st_mode)) {
-        errno = EINVAL;
-        return false;
+        return EINVAL;
     }
     file_ = ::fdopen(opened, mode);
-    if (file_ != nullptr) {
-        static_cast<void>(opened.release());
+    if (file_ == nullptr) {
+        return errno;
     }
-    return file_ != nullptr;
+    static_cast<void>(opened.release());
+    return 0;
 }
 
 std::size_t CommandFile::size() const {

@@ -24,11 +24,12 @@ class CommandFile {
     CommandFile& operator=(CommandFile&&) = delete;
 
     /// Opens a regular file (or a directory, which then cannot be read) as fopen "rb" does. Pipes,
-    /// sockets and devices, which might never end, are refused with EINVAL. False with errno.
-    bool openForReading();
+    /// sockets and devices, which might never end, are refused with EINVAL. Returns 0 or an errno
+    /// value.
+    int openForReading();
     /// Creates or empties a file as fopen "w+" does. Pipes, sockets and block devices are refused
-    /// with EINVAL. False with errno.
-    bool openForWriting();
+    /// with EINVAL. Returns 0 or an errno value.
+    int openForWriting();
 
     FILE* get() const { return file_; }
     /// The size in bytes, 0 when it is not known.
@@ -39,7 +40,7 @@ class CommandFile {
     int close();
 
   private:
-    bool adopt(int fd, const char* mode, bool (*refused)(mode_t));
+    int adopt(int fd, const char* mode, bool (*refused)(mode_t));
 
     const std::string& path_;
     const CommandLog& log_;

@@ -27,8 +27,8 @@ using log4cpp::Category;
 constexpr std::size_t readBlock = std::size_t{128} * 1024;
 
 void openToRead(CommandFile& file, const std::string& name, const CommandLog& log) {
-    if (!file.openForReading()) {
-        throw IOException(format("cannot open file '%s' for read", name.c_str()), errno);
+    if (const int error = file.openForReading(); error != 0) {
+        throw IOException(format("cannot open file '%s' for read", name.c_str()), error);
     }
     log.debug(": open file '%s'", name.c_str());
 }
@@ -40,9 +40,10 @@ int offsetOf(const std::string& text) {
 
 int byteAt(FILE* file, int offset, const std::string& name) {
     if (const int moved = std::fseek(file, offset, SEEK_SET); moved != 0) {
+        const int error = errno;
         throw IOException(format("cannot move to offset %d on file '%s' (returns %d)", offset,
                                  name.c_str(), moved),
-                          errno);
+                          error);
     }
     unsigned char byte = 0;
     const std::size_t count = std::fread(&byte, 1, 1, file);

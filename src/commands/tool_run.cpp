@@ -40,8 +40,9 @@ bool readAvailable(int fd, std::string& text) {
     while ((count = ::read(fd, chunk.data(), chunk.size())) > 0) {
         text.append(chunk.data(), static_cast<std::size_t>(count));
     }
-    if (count < 0 && errno != EAGAIN && errno != EINTR) {
-        throw IOException("reading pipe fail", errno);
+    const int error = errno;
+    if (count < 0 && error != EAGAIN && error != EINTR) {
+        throw IOException("reading pipe fail", error);
     }
     return count == 0;
 }
@@ -159,8 +160,9 @@ class Tool {
     void collect(int options) {
         int status = noStatus;
         const pid_t ended = ::waitpid(pid_, &status, options);
+        const int error = errno;
         if (ended == -1) {
-            executeLog().error("parent: wait fail %d", errno);
+            executeLog().error("parent: wait fail %d", error);
         }
         if (ended != 0) {
             status_ = status;

@@ -99,8 +99,9 @@ std::string getApplicationPath() {
     }
     std::string path = startupDirectory + program;
     if (::access(strconv::utf82acs(path).c_str(), F_OK) != 0) {
+        const int error = errno;
         throw IOException(format("cannot find application path. last path '%s'", path.c_str()),
-                          errno);
+                          error);
     }
     return path;
 }

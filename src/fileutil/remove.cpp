@@ -47,7 +47,8 @@ class TreeRemover {
 
     void file(const std::string& name) {
         if (::unlinkat(chain_.current(), name.c_str(), 0) != 0 && errno != ENOENT) {
-            throw removeFileError(path_ + name, errno);
+            const int error = errno;
+            throw removeFileError(path_ + name, error);
         }
     }
 
