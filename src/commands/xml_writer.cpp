@@ -76,7 +76,9 @@ XmlWriter& XmlWriter::escape(const char* text) {
 }
 
 XmlWriter& XmlWriter::write(const char* text) {
-    writeStringN(stream_, string_, text, static_cast<int>(std::strlen(text)));
+    if (text != nullptr) {
+        writeStringN(stream_, string_, text, static_cast<int>(std::strlen(text)));
+    }
     return *this;
 }
 

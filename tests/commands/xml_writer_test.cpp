@@ -79,7 +79,7 @@ TEST_F(XmlText, DoesNothingForANullPointer) {
     const char* none = nullptr;
     xml.startElement("a");
     xml.startElement(none).attribute(none, "1").attribute("x", none).attribute(none, 1);
-    xml.text(none, true).escape(none);
+    xml.text(none, true).escape(none).write(none);
     xml.endElement();
     EXPECT_EQ(out, "<a/>");
 }
