@@ -85,7 +85,8 @@ class CorvaneServer : public Server {
     ReplyDocument reply_;
 };
 
-/// What a command does to the machine. Anything but Reads is on record in the log before it starts.
+/// What a command does to the machine. Before anything but Reads all pending log lines are written;
+/// the request itself is among them at level DEBUG only.
 enum class Effect { Reads, Changes, Launches };
 
 struct Command {

@@ -16,8 +16,9 @@ inline constexpr const char* OS_MARK = "mac";
 std::string getPlatformExecPath(const std::string& path);
 
 /// Opens `target`: a text with ".swf" in it through a generated page, one with ":/" in it as a web
-/// address, one with an extension as a document, anything else as a program. Returns 0, or -1 when
-/// no program was started. Throws Exception or IOException when a web address cannot be opened.
+/// address, one with an extension as a document, anything else as a program. Returns 0: the -1 for
+/// a program with process id 0 is kept, but no parent ever sees that id, and a failed fork is not
+/// told. Throws Exception or IOException when a web address cannot be opened.
 int shellexecute(const char* target);
 
 /// Starts a program, searched in PATH when `path` has no "/", with no open descriptors. At most 255

@@ -21,8 +21,8 @@ struct MovieSize {
 /// bounded whatever the header claims.
 MovieSize readSWFSize(const char* swfPath);
 
-/// Writes a page that embeds the movie by its path as given, into a new file for temporary files
-/// that only its owner can read. Returns the path of the page, which ends with ".html" and stays
+/// Writes a page that embeds the movie by its path as given, into a new temporary file that only
+/// its owner can read. Returns the path of the page, which ends with ".html" and stays
 /// for the browser to load. Throws IOException when it cannot be written.
 std::string convertSWF(const char* swfPath);
 

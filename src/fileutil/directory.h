@@ -69,7 +69,7 @@ struct DirectoryEntry {
 };
 
 /// All entries of an open directory but "." and "..". The descriptor stays open. Throws
-/// openDirectoryError() for `path`.
+/// openDirectoryError() for `path`, and what DirectoryReader::next() throws.
 std::vector<DirectoryEntry> readEntries(int directory, const std::string& path);
 
 /// "opendir '%s' error %d", for a directory that cannot be listed.

@@ -34,7 +34,7 @@ std::string correctDirectoryPath(std::string path);
 std::string correctPathInvalidChars(const std::string& path);
 
 /// The st_mode of the file, or 0 when it cannot be examined. One trailing separator is ignored, so
-/// that "/" itself counts as not there; listings rely on it.
+/// that "/" itself counts as not there.
 mode_t getFileMode(const std::string& path);
 bool isDirectory(const std::string& path);
 

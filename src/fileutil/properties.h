@@ -69,9 +69,8 @@ class Properties {
     /// Adds the entries of a file. A line is at most 1023 characters long: a longer one ends the
     /// loading without a word. Blanks at both ends of a line are dropped, empty lines and lines
     /// that begin with "#" are skipped, and so are lines without "="; the key is all before the
-    /// first
-    /// "=", the value all after it. Throws FileNotFoundException when the file cannot be opened, or
-    /// is a pipe or device, and changes nothing then.
+    /// first "=", the value all after it. Throws FileNotFoundException when the file cannot be
+    /// opened, or is a pipe or device, and changes nothing then.
     void load(const std::string& path);
 
     const char* getProperty(const std::string& key) const { return map_->getProperty(key); }
