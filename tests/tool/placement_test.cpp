@@ -21,6 +21,12 @@ TEST(RequestedOrigin, IsTheFramesCornerForNorthWestGravity) {
     EXPECT_EQ(requestedOrigin({100, 200}, frame, 0, XCB_GRAVITY_NORTH_WEST), (Point{96, 180}));
 }
 
+TEST(RequestedOrigin, IsTheFramesCornerForAGravityThatDoesNotExist) {
+    for (const std::uint32_t gravity : {0U, XCB_GRAVITY_STATIC + 1U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(requestedOrigin({100, 200}, frame, 0, gravity), (Point{96, 180})) << gravity;
+    }
+}
+
 TEST(RequestedOrigin, KeepsTheFarCornerForSouthEastGravity) {
     EXPECT_EQ(requestedOrigin({100, 200}, frame, 0, XCB_GRAVITY_SOUTH_EAST), (Point{106, 208}));
 }

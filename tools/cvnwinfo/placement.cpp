@@ -2,44 +2,31 @@
 
 #include <xcb/xproto.h>
 
+#include <array>
+#include <cstddef>
+
 namespace corvane::wintool {
 
 namespace {
 
 enum class Anchor { start, center, end, client };
 
-Anchor horizontalAnchor(std::uint32_t gravity) {
-    switch (gravity) {
-        case XCB_GRAVITY_NORTH:
-        case XCB_GRAVITY_CENTER:
-        case XCB_GRAVITY_SOUTH:
-            return Anchor::center;
-        case XCB_GRAVITY_NORTH_EAST:
-        case XCB_GRAVITY_EAST:
-        case XCB_GRAVITY_SOUTH_EAST:
-            return Anchor::end;
-        case XCB_GRAVITY_STATIC:
-            return Anchor::client;
-        default:
-            return Anchor::start;
-    }
-}
+struct Anchors {
+    Anchor horizontal;
+    Anchor vertical;
+};
 
-Anchor verticalAnchor(std::uint32_t gravity) {
-    switch (gravity) {
-        case XCB_GRAVITY_WEST:
-        case XCB_GRAVITY_CENTER:
-        case XCB_GRAVITY_EAST:
-            return Anchor::center;
-        case XCB_GRAVITY_SOUTH_WEST:
-        case XCB_GRAVITY_SOUTH:
-        case XCB_GRAVITY_SOUTH_EAST:
-            return Anchor::end;
-        case XCB_GRAVITY_STATIC:
-            return Anchor::client;
-        default:
-            return Anchor::start;
+Anchors anchorsOf(std::uint32_t gravity) {
+    if (gravity == XCB_GRAVITY_STATIC) {
+        return {Anchor::client, Anchor::client};
     }
+    if (gravity < XCB_GRAVITY_NORTH_WEST || gravity > XCB_GRAVITY_SOUTH_EAST) {
+        return {Anchor::start, Anchor::start};
+    }
+    // The values count the nine places of a square, row by row.
+    constexpr std::array places{Anchor::start, Anchor::center, Anchor::end};
+    const std::size_t place = gravity - XCB_GRAVITY_NORTH_WEST;
+    return {places[place % places.size()], places[place / places.size()]};
 }
 
 // `before` and `after` are the frame's extents on the two sides of one axis.
@@ -70,10 +57,9 @@ FrameExtents extentsAround(const Rectangle& frame, const Rectangle& client) {
 
 Point requestedOrigin(Point wanted, const FrameExtents& extents, int border,
                       std::uint32_t gravity) {
-    return {requestedCoordinate(wanted.x, extents.left, extents.right, border,
-                                horizontalAnchor(gravity)),
-            requestedCoordinate(wanted.y, extents.top, extents.bottom, border,
-                                verticalAnchor(gravity))};
+    const Anchors anchors = anchorsOf(gravity);
+    return {requestedCoordinate(wanted.x, extents.left, extents.right, border, anchors.horizontal),
+            requestedCoordinate(wanted.y, extents.top, extents.bottom, border, anchors.vertical)};
 }
 
 }  // namespace corvane::wintool
