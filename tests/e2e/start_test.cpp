@@ -45,6 +45,12 @@ TEST_F(StartTest, PutsTheTimeInFrontOfEveryLineByDefault) {
     const std::string line = server.logLines().front();
     EXPECT_EQ(line.substr(line.find('[')), "[NOTICE,corvane] start corvane v. " CORVANE_VERSION);
     EXPECT_GT(line.find('['), 18U);
+    EXPECT_TRUE(waitUntil([&] { return server.errors().ends_with(server.log()); }))
+        << server.errors();
+    const std::string console = server.errors();
+    const std::string first = console.substr(0, console.find('\n'));
+    EXPECT_EQ(first.substr(first.find('[')), "[DEBUG,corvane.log] acs is -1");
+    EXPECT_GT(first.find('['), 18U);
 }
 
 TEST_F(StartTest, ReadsTheOtherConfigurationFileWhenTheFirstIsMissing) {
