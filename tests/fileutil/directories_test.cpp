@@ -182,6 +182,18 @@ TEST_F(Directories, SayWhereTheProgramWasLookedForLast) {
     startupDirectory = before;
 }
 
+TEST_F(Directories, TakeTheStartUpDirectoryForAProgramWithoutAName) {
+    const std::string before = std::exchange(startupDirectory, scratch.directory("here") + "/");
+    const test::ProgramArguments arguments({""});
+    EXPECT_EQ(getApplicationPath(), scratch / "here/");
+    EXPECT_EQ(getApplicationDirectory(), scratch / "here/");
+    startupDirectory = scratch / "gone/";
+    EXPECT_EQ(test::thrownBy<IOException>([] { getApplicationPath(); }),
+              test::withCode(
+                  "cannot find application path. last path '" + (scratch / "gone/") + "'", ENOENT));
+    startupDirectory = before;
+}
+
 TEST_F(Directories, HaveNoProgramPathWithoutArguments) {
     const test::ProgramArguments arguments({});
     EXPECT_EQ(test::thrownBy<IOException>([] { getApplicationPath(); }),
