@@ -135,6 +135,23 @@ TEST_F(WriteCommand, RemovesThePartialFileWhenTheDiskIsFull) {
     }
 }
 
+// The name of an open descriptor can be opened again, but not removed.
+TEST_F(WriteCommand, WarnsWhenThePartialFileStays) {
+    const FileDesc file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const std::string name = "/proc/self/fd/" + std::to_string(file);
+    if (!fs::exists(name)) {
+        GTEST_SKIP() << "this system has no such names";
+    }
+    const int refusal = ::unlink(name.c_str()) == 0 ? 0 : errno;  // not the same for everyone
+    const test::FileSizeLimit full(1000);
+    EXPECT_EQ(write(name, std::string(5000, 'x')), failedWith(1));
+    EXPECT_EQ(log.lines().back(),
+              commandLine("WARN", "write",
+                          ": clenup file '" + name + "' ERROR: 'remove file '" + name +
+                              "' error (" + std::to_string(refusal) + ")'"));
+    EXPECT_TRUE(fs::exists(path));
+}
+
 TEST_F(WriteCommand, FillsTheDiskToTheLastByte) {
     const test::FileSizeLimit full(1000);
     EXPECT_EQ(write(path, std::string(1000, 'x')), success("write"));
