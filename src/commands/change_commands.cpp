@@ -1,5 +1,7 @@
 // Commands that change the file system: write, makeDir, delete, copy, rename.
+#include <cstddef>
 #include <cstdio>
+#include <istream>
 #include <log4cpp/Category.hh>
 #include <ostream>
 #include <streambuf>
@@ -20,7 +22,8 @@ std::string cleanPath(const std::string& line) {
     return correctPathInvalidChars(correctPath(line));
 }
 
-// Hands what is written to it to a file, in the blocks in which it comes.
+// Hands what is written to it on to a file. The rest of a request, which lies in memory, arrives in
+// one piece and so reaches the file without being copied into a buffer of ours first.
 class FileSink : public std::streambuf {
   public:
     explicit FileSink(FILE* file) : file_(file) {}
@@ -46,9 +49,9 @@ class FileSink : public std::streambuf {
 
 // Copies the rest of the request into the file and stops at the first byte that is not taken.
 // Returns the number of bytes written.
-std::size_t copyRest(std::istream& params, FILE* file) {
+std::size_t copyRest(std::istream& data, FILE* file) {
     FileSink sink(file);
-    std::ostream(&sink) << params.rdbuf();
+    std::ostream(&sink) << data.rdbuf();
     return sink.written();
 }
 
@@ -60,40 +63,51 @@ void removePartialFile(const std::string& name, const CommandLog& log) {
     }
 }
 
+// Creates or replaces the file with the rest of the request. Returns 0, or the number that the
+// reply shows.
+int writeFile(const std::string& name, std::istream& data, const CommandLog& log) {
+    const std::string localName = strconv::utf82acs(name);
+    CommandFile file(localName, log);
+    if (const int error = file.openForWriting(); error != 0) {
+        log.error(": fail (%d) to open file '%s'", error, name.c_str());
+        return error;
+    }
+    log.debug(": open file '%s'", name.c_str());
+    const bool removable = file.isRegular();
+    const auto written = static_cast<long>(copyRest(data, file.get()));
+    static_cast<void>(std::fflush(file.get()));  // ferror() tells
+    const int indicator = std::ferror(file.get());
+    // A file system may report only at the close that the data did not reach the disk.
+    const int closed = file.close();
+    const int error = indicator != 0 ? indicator : closed;
+    if (error == 0) {
+        log.debug(": write file '%s' written bytes %ld OK", name.c_str(), written);
+        return 0;
+    }
+    log.error(": fail (%d) to write file '%s' at byte %ld", error, name.c_str(), written);
+    if (removable) {
+        removePartialFile(name, log);
+    }
+    return error;
+}
+
 }  // namespace
 
 void CorvaneServer::cmdWrite(int sock, const std::string& cmd, std::istream& params) {
     static Category& category = Category::getInstance("corvane.server.process.client.cmd.write");
     const CommandLog log(category, sock, cmd);
     const std::string name = cleanPath(getline(params));
-    const std::string localName = strconv::utf82acs(name);
-    CommandFile file(localName, log);
-    const auto write = [&] {
-        if (const int error = file.openForWriting(); error != 0) {
-            log.error(": fail (%d) to open file '%s'", error, name.c_str());
-            sendResult(sock, cmd, false, error);
-            return;
-        }
-        log.debug(": open file '%s'", name.c_str());
-        const bool removable = file.isRegular();
-        const auto written = static_cast<long>(copyRest(params, file.get()));
-        static_cast<void>(std::fflush(file.get()));  // ferror() tells
-        const int indicator = std::ferror(file.get());
-        // A file system may report only at the close that the data did not reach the disk.
-        const int closed = file.close();
-        const int error = indicator != 0 ? indicator : closed;
-        if (error == 0) {
-            log.debug(": write file '%s' written bytes %ld OK", name.c_str(), written);
-            sendResult(sock, cmd, true, "");
-            return;
-        }
-        log.error(": fail (%d) to write file '%s' at byte %ld", error, name.c_str(), written);
-        if (removable) {
-            removePartialFile(name, log);
-        }
-        sendResult(sock, cmd, false, error);
-    };
-    orFailed(sock, cmd, "", write, [&log](const Exception& e) { log.failure(e); });
+    orFailed(
+        sock, cmd, "",
+        [&] {
+            const int error = writeFile(name, params, log);
+            if (error == 0) {
+                sendResult(sock, cmd, true, "");
+            } else {
+                sendResult(sock, cmd, false, error);
+            }
+        },
+        [&log](const Exception& e) { log.failure(e); });
 }
 
 void CorvaneServer::cmdMakeDir(int sock, const std::string& cmd, std::istream& params) {
