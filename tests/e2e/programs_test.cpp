@@ -1,6 +1,7 @@
 // What a program that the server starts finds: no descriptor of the server's, no blocked or ignored
 // signal; and what becomes of it when it ends or stops.
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -128,6 +129,34 @@ TEST_F(ProgramsTest, ThatAreTheWindowToolDoNotKeepTheServerFromStopping) {
     server().signal(SIGTERM);
     EXPECT_EQ(server().wait(), 0);
     EXPECT_EQ(server().logLines().back(), "NOTICE corvane application terminated");
+}
+
+class BackslashTest : public ProgramsTest {
+  protected:
+    /// The desktop's opener and a program, which write down what they were started with.
+    void SetUp() override {
+        const std::string recorder = "#!/bin/sh\nprintf '%s|' \"$0\" \"$@\" > started\n";
+        startWith({.files = {{"xdg-open", recorder}, {"sub/tool_mac", recorder}},
+                   .prepare = [] { ::setenv("PATH", ".", 1); }});
+    }
+    /// What is started for a target, and with which arguments.
+    void expectStarted(const std::string& target, const std::string& started) {
+        EXPECT_EQ(server().request("execute\n" + target), goodReply("execute"));
+        EXPECT_TRUE(waitUntil([&] { return content("started") == started; })) << target;
+    }
+};
+
+TEST_F(BackslashTest, MakesAnAddressOfAPathWithADriveLetter) {
+    expectStarted("C:\\Docs\\a.txt", "./xdg-open|C:/Docs/a.txt|");
+    EXPECT_NE(server().log().find(": execute app 'C:/Docs/a.txt' currdir '"), std::string::npos);
+}
+
+TEST_F(BackslashTest, SeparatesDirectoriesOfADocument) {
+    expectStarted("docs\\a b.txt", "./xdg-open|docs/a b.txt|");
+}
+
+TEST_F(BackslashTest, SeparatesDirectoriesOfAProgram) {
+    expectStarted("sub\\tool.exe?x=1", "sub/tool_mac|");
 }
 
 }  // namespace
