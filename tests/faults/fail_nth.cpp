@@ -11,6 +11,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -182,6 +183,12 @@ int close(int fd) {
 pid_t fork() {
     static const auto next = real<decltype(&fork)>("fork");
     return isTheOne("fork") ? -1 : next();
+}
+
+// Only for a certain child: for any of them, an error says that there is none.
+pid_t waitpid(pid_t pid, int* status, int options) {
+    static const auto next = real<decltype(&waitpid)>("waitpid");
+    return pid > 0 && isTheOne("waitpid") ? -1 : next(pid, status, options);
 }
 
 int pipe(int ends[2]) {

@@ -21,6 +21,11 @@ class Fault:
         """Interruptions and short counts are no failures: every request has to succeed."""
         return self.error in (HALF, errno.EINTR)
 
+    @property
+    def log_text(self):
+        """What the log has to say in one of the runs at least; empty for nothing certain."""
+        return LOG_TEXTS.get(self.call, "").format(self.error)
+
     def believed(self, outcome):
         """How the work of a request ended. A reply that could not be sent tells nothing."""
         return CLOSED if self.call == "sendmsg" and outcome != SUCCESS else outcome
@@ -62,7 +67,14 @@ ERRORS = {
     "rmdir": [errno.EACCES],
     "sendmsg": [errno.ECONNRESET, errno.EPIPE, errno.EINTR, HALF],
     "unlinkat": [errno.EACCES],
+    "waitpid": [errno.ECHILD],
     "write": [errno.ENOSPC, errno.EINTR, HALF],
+}
+
+
+LOG_TEXTS = {
+    "fork": "cmd 'getScreenRect': ERROR: 'fork() fail ({})'\n",
+    "waitpid": "corvane.wndutil.execute] parent: wait fail {}\n",
 }
 
 

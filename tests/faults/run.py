@@ -39,6 +39,7 @@ def run_once(arguments, fault, nth):
                         if (problem := request.check(server.work, fault.believed(outcome), reply))]
             bad = [f"{request}: {outcome}" for request, outcome, _ in results if outcome != SUCCESS]
             outcomes = Counter(outcome for _, outcome, _ in results)
+            outcomes["texts"] = int(fault.log_text in server.log())
             serving = server.serves()
             if bad and serving and (len(bad) > 1 or fault.must_not_be_noticed or not server.fault_happened):
                 problems.append(f"failed requests: {bad}")
@@ -67,6 +68,8 @@ def run_fault(arguments, fault):
             break
         outcomes += run_outcomes
         outcomes["faults"] += 1
+    if fault.log_text and not outcomes["texts"]:
+        problems.append(f"{fault}: the log never says {fault.log_text!r}")
     return fault, outcomes, problems
 
 
