@@ -9,6 +9,7 @@
 #include "fileutil/copy_file.h"
 #include "fileutil/directory.h"
 #include "fileutil/file_operations.h"
+#include "fileutil/make_directory.h"
 #include "fileutil/paths.h"
 #include "fileutil/tree_walk.h"
 #include "text/exception.h"
@@ -17,12 +18,6 @@
 
 namespace corvane {
 namespace {
-
-constexpr mode_t newDirectoryMode = 0777;
-
-IOException makeDirectoryError(const std::string& path, int error) {
-    return {format("makeDirectory '%s' error", path.c_str()), error};
-}
 
 IOException copyIntoItselfError(const std::string& src, const std::string& dst) {
     return {format("cannot copy directory '%s' into itself as '%s'", src.c_str(), dst.c_str()),
@@ -135,17 +130,6 @@ void refuseMissingTarget(int src, const std::string& srcDir, const std::string& 
 }
 
 }  // namespace
-
-bool makeDirectory(const std::string& path) {
-    if (::mkdir(strconv::utf82acs(path).c_str(), newDirectoryMode) == 0) {
-        return true;
-    }
-    const int error = errno;
-    if (error == EEXIST && isDirectory(path)) {
-        return false;
-    }
-    throw makeDirectoryError(path, error);
-}
 
 void copyFile(const std::string& src, const std::string& dst) {
     copyFileAt(placeOf(src), placeOf(targetOf(src, dst)), Target::File);

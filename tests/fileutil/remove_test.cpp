@@ -25,37 +25,6 @@ class Removing : public ::testing::Test {
     test::ScratchDirectory scratch;
 };
 
-TEST_F(Removing, CreatesOneLevelOfADirectory) {
-    EXPECT_TRUE(makeDirectory(scratch / "a"));
-    EXPECT_TRUE(makeDirectory(scratch / "a/b/"));
-    EXPECT_TRUE(fs::is_directory(scratch / "a/b"));
-}
-
-TEST_F(Removing, IsContentWithADirectoryThatExists) {
-    EXPECT_FALSE(makeDirectory(scratch.directory("a")));
-    fs::create_directory_symlink("a", scratch / "link");
-    EXPECT_FALSE(makeDirectory(scratch / "link"));
-}
-
-TEST_F(Removing, GivesADirectoryAllPermissionsThatTheMaskLeaves) {
-    const mode_t previous = ::umask(022);
-    makeDirectory(scratch / "a");
-    ::umask(previous);
-    EXPECT_EQ(fs::status(scratch / "a").permissions(), fs::perms(0755));
-}
-
-TEST_F(Removing, SaysWhyADirectoryCannotBeCreated) {
-    const auto making = [](const std::string& path) {
-        return thrownBy<IOException>([&] { makeDirectory(path); });
-    };
-    const std::string file = scratch.file("file");
-    EXPECT_EQ(making(file), "makeDirectory '" + file + "' error (17)");
-    EXPECT_EQ(making(scratch / "x/y"), "makeDirectory '" + (scratch / "x/y") + "' error (2)");
-    EXPECT_EQ(making(file + "/y"), "makeDirectory '" + file + "/y' error (20)");
-    EXPECT_EQ(making(""), "makeDirectory '' error (2)");
-    EXPECT_EQ(making("/"), "makeDirectory '/' error (17)");
-}
-
 TEST_F(Removing, RemovesAFile) {
     const std::string file = scratch.file("file");
     removeFile(file);
