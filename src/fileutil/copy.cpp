@@ -115,9 +115,9 @@ void refuseCopyIntoItself(const std::string& src, const std::string& dst) {
     }
 }
 
-// A target directory that is not there fails at the first entry that would go into it.
-void refuseMissingTarget(int src, const std::string& srcDir, const std::string& dstDir,
-                         const CopyOptions& options, int error) {
+// A target directory that cannot be opened makes the first entry fail that would go into it.
+void failAtFirstEntry(int src, const std::string& srcDir, const std::string& dstDir,
+                      const CopyOptions& options, int error) {
     for (const DirectoryEntry& entry : readEntries(src, srcDir)) {
         if (entry.directory && options.recursive) {
             throw makeDirectoryError(dstDir + entry.name, error);
@@ -149,7 +149,7 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
     FileDesc to = openDirectory(dstDir.empty() ? DIR_THIS : strconv::utf82acs(dstDir),
                                 DirectoryAccess::Search);
     if (to == -1) {
-        refuseMissingTarget(from, srcDir, dstDir, chosen, errno);
+        failAtFirstEntry(from, srcDir, dstDir, chosen, errno);
     } else {
         TreeCopier copier(std::move(from), srcDir, std::move(to), dstDir, chosen);
         walkTree(copier);
