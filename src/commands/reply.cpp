@@ -1,15 +1,7 @@
 // The reply document: one line of XML, whose exact bytes applications depend on.
-#include <cstddef>
-
 #include "commands/corvane_server.h"
 
 namespace corvane {
-namespace {
-
-constexpr std::array<std::string_view, 5> entryKinds{"file", "directory", "share", "server",
-                                                     "domain"};
-
-}  // namespace
 
 void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
                                std::optional<int> errnoValue,
@@ -43,20 +35,6 @@ void CorvaneServer::sendResult(int sock, const std::string& action, bool ok, int
 void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
                                std::string_view hint) {
     sendResult(sock, action, ok, std::nullopt, {}, hint);
-}
-
-std::string directory2id(int kind) {
-    const bool known = kind >= 0 && static_cast<std::size_t>(kind) < entryKinds.size();
-    return std::string(entryKinds[known ? static_cast<std::size_t>(kind) : 1]);
-}
-
-int id2directory(const std::string& text) {
-    for (std::size_t kind = 0; kind < entryKinds.size(); ++kind) {
-        if (entryKinds[kind] == text) {
-            return static_cast<int>(kind);
-        }
-    }
-    return 0;
 }
 
 }  // namespace corvane
