@@ -7,19 +7,19 @@ void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
                                std::optional<int> errnoValue,
                                std::span<const CorvaneDetail> details, std::string_view hint) {
     reply_.clear();
-    reply_ << "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" << action
-           << "\" Result=\"" << (ok ? "SUCCESS" : "FAILED") << "\"";
+    reply_.write("<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"", action,
+                 "\" Result=\"", ok ? "SUCCESS" : "FAILED", "\"");
     if (errnoValue) {
-        reply_ << " errno=\"" << std::to_string(*errnoValue) << "\"";
+        reply_.write(" errno=\"", std::to_string(*errnoValue), "\"");
     }
     if (!hint.empty()) {
-        reply_ << " hint=\"" << hint << "\"";
+        reply_.write(" hint=\"", hint, "\"");
     }
-    reply_ << ">";
+    reply_.write(">");
     for (const CorvaneDetail& detail : details) {
         reply_.append(detail);
     }
-    reply_ << "</Header></CorvaneMsg>";
+    reply_.write("</Header></CorvaneMsg>");
     sendResponse(sock, reply_.pieces());
 }
 

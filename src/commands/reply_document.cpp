@@ -17,19 +17,19 @@ void ReplyDocument::clear() {
 }
 
 void ReplyDocument::append(const CorvaneDetail& detail) {
-    *this << "<Detail id=\"" << detail.id << "\" extra=\"" << detail.extra << "\"";
+    write("<Detail id=\"", detail.id, "\" extra=\"", detail.extra, "\"");
     if (!detail.date.empty()) {
-        *this << " date=\"" << detail.date << "\"";
+        write(" date=\"", detail.date, "\"");
     }
     if (!detail.size.empty()) {
-        *this << " size=\"" << detail.size << "\"";
+        write(" size=\"", detail.size, "\"");
     }
     if (detail.isText) {
-        *this << ">";
+        write(">");
         appendText(detail.value);
-        *this << "</Detail>";
+        write("</Detail>");
     } else {
-        *this << " Value=\"" << detail.value << "\" />";
+        write(" Value=\"", detail.value, "\" />");
     }
 }
 

@@ -2,6 +2,7 @@
 // reply, and large texts that stay where they are.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <string_view>
@@ -17,9 +18,14 @@ class ReplyDocument {
     /// Starts a new document.
     void clear();
 
-    ReplyDocument& operator<<(std::string_view text) {
-        buffer_.append(text);
-        return *this;
+    /// Appends texts as they are.
+    template <typename... Text>
+    void write(const Text&... text) {
+        char* const begin = buffer_.room((std::string_view(text).size() + ...));
+        char* end = begin;
+        ((end = std::copy_n(std::string_view(text).data(), std::string_view(text).size(), end)),
+         ...);
+        buffer_.commit(static_cast<std::size_t>(end - begin));
     }
 
     /// Appends a Detail element. Nothing is escaped; the detail must stay until the document is
