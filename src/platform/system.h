@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 
 namespace corvane::platform {
 
@@ -27,6 +28,10 @@ void closeDescriptorsFrom(int first);
 /// number copied, 0 at the end of the source (or where the kernel cannot tell), or -1 with errno;
 /// ENOSYS where the system has no such call. It truncates nothing and carries no attributes.
 ssize_t copyInKernel(int from, int to, std::size_t count);
+
+/// Milliseconds of a clock that only goes forward. It may advance in steps of some milliseconds,
+/// but costs next to nothing to read.
+std::int64_t coarseMilliseconds();
 
 /// The open(2) flag for a directory whose entries are only reached by name.
 int searchFlag();

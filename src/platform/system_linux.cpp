@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <climits>
@@ -38,6 +39,12 @@ void closeDescriptorsFrom(int first) {
 
 ssize_t copyInKernel(int from, int to, std::size_t count) {
     return ::copy_file_range(from, nullptr, to, nullptr, count, 0);
+}
+
+std::int64_t coarseMilliseconds() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
 int searchFlag() { return O_PATH; }

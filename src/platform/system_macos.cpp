@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -38,6 +39,11 @@ ssize_t copyInKernel(int /*from*/, int /*to*/, std::size_t /*count*/) {
     // fcopyfile and clonefile replace the whole target; a longer target must keep its tail here.
     errno = ENOSYS;
     return -1;
+}
+
+std::int64_t coarseMilliseconds() {
+    return static_cast<std::int64_t>(::clock_gettime_nsec_np(CLOCK_MONOTONIC_RAW_APPROX) /
+                                     1'000'000);
 }
 
 int searchFlag() { return O_SEARCH; }

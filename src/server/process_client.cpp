@@ -50,8 +50,8 @@ bool Server::processClient(int sock) {
         return serveRequest(sock);
     } catch (const ForeignRequest& e) {
         return refuseForeignRequest(sock, e.line);
-    } catch (const SocketClosedException& e) {
-        return closeFinished(sock, e.graceful);
+    } catch (const SocketClosedException&) {
+        return closeFinished(sock);
     } catch (const SocketException& e) {
         if (clientLog().isErrorEnabled()) {
             clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(),
@@ -71,35 +71,37 @@ bool Server::serveRequest(int sock) {
         case Received::LineEnd:
             return true;
         case Received::End:
-            return closeFinished(sock, true);
+            return closeFinished(sock);
         case Received::Request:
             break;
     }
     if (isLogged(log4cpp::Priority::DEBUG)) {
         logRequest(request_.view());
     }
-    params_.open(request_.view());
-    const std::string cmd = getline(params_);
-    if (params_.fail()) {
+    std::string_view lines = request_.view();
+    const std::optional<std::string> cmd = takeLine(lines);
+    if (!cmd) {
         if (clientLog().isWarnEnabled()) {
             clientLog().warn("Empty request from %s", formatAddress(sock).c_str());
         }
         return true;
     }
-    if (cmd == "shutdown" && isAllowed(cmd)) {
+    if (*cmd == "shutdown" && isAllowed(*cmd)) {
         clientLog().info("SHUTDOWN command was received");
         return false;
     }
-    processClientCommand(sock, cmd, params_);
+    params_.open(lines);
+    processClientCommand(sock, *cmd, params_);
     return true;
 }
 
-// Closes a connection that the client has ended.
-bool Server::closeFinished(int sock, bool graceful) {
+// Closes a connection that the client has ended. No half-close is needed: nothing can arrive any
+// more that would make close(2) reset the connection.
+bool Server::closeFinished(int sock) {
     if (isLogged(log4cpp::Priority::INFO)) {
         clientLog().info("Client %s has closed connection", formatAddress(sock).c_str());
     }
-    return errorCloseSocket(sock, graceful);
+    return errorCloseSocket(sock, false);
 }
 
 // Answers and closes a connection that no application has made; it does not count as an

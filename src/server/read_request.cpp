@@ -44,6 +44,13 @@ std::size_t findTerminator(std::string_view bytes) {
 
 bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
 
+std::string withoutLineEnd(std::string_view line) {
+    while (!line.empty() && isLineEnd(line.back())) {
+        line.remove_suffix(1);
+    }
+    return std::string(line);
+}
+
 }  // namespace
 
 bool Server::readRequest(int sock, ByteBuffer& out) {
@@ -151,11 +158,17 @@ std::string Server::getline(std::istream& in) {
     if (!in.getline(line.data(), line.size())) {
         return "";
     }
-    std::string_view text = line.data();
-    while (!text.empty() && isLineEnd(text.back())) {
-        text.remove_suffix(1);
+    return withoutLineEnd(line.data());
+}
+
+std::optional<std::string> Server::takeLine(std::string_view& text) {
+    const std::size_t length = std::min(text.find('\n'), text.size());
+    if (text.empty() || length >= parameterBuffer) {
+        return std::nullopt;
     }
-    return std::string(text);
+    const std::string_view line = text.substr(0, length);
+    text.remove_prefix(std::min(length + 1, text.size()));
+    return withoutLineEnd(line);
 }
 
 void checkRecvStatus(int sock, long result) {

@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <istream>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -58,6 +59,9 @@ class Server {
     /// The next parameter line without its CR and LF; empty at the end of the request and from the
     /// first line on that has more than 1023 characters.
     static std::string getline(std::istream& in);
+    /// The same for the first line of a text, which it takes off the text. Nothing at the end of
+    /// the text and for a line that is too long.
+    static std::optional<std::string> takeLine(std::string_view& text);
 
     /// Sends the reply text and its terminating zero byte in one piece. Waits while the client does
     /// not read. Throws SocketClosedException and SocketException.
@@ -114,7 +118,7 @@ class Server {
     int waitForEvent(fd_set& readable);
     bool serveNext();
     bool serveRequest(int sock);
-    bool closeFinished(int sock, bool graceful);
+    bool closeFinished(int sock);
     enum class Received { Request, LineEnd, End };
     Received receiveRequest(int sock, ByteBuffer& out);
     bool refuseForeignRequest(int sock, const std::string& line);

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <initializer_list>
 
+#include "platform/system.h"
 #include "text/log.h"
 
 namespace corvane {
@@ -24,13 +26,12 @@ constexpr std::initializer_list<int> heldSignals = {SIGTERM, SIGINT, SIGCHLD};
 // pselect does not let signals in when a socket is ready at once, as under steady load; asking for
 // them before every wait would cost a system call a request.
 bool deliverSignalsNowAndThen() {
-    constexpr std::chrono::milliseconds longestDelay{1};
-    static steady_clock::time_point nextTime;
-    const steady_clock::time_point now = steady_clock::now();
-    if (now < nextTime) {
+    static std::int64_t lastTime = 0;
+    const std::int64_t now = platform::coarseMilliseconds();
+    if (now == lastTime) {
         return false;
     }
-    nextTime = now + longestDelay;
+    lastTime = now;
     return deliverPendingSignals();
 }
 

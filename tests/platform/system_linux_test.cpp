@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -123,6 +124,15 @@ TEST(TemporaryNamePattern, IsTheFormOfTheNamesOfTmpnam) {
     const std::string pattern = platform::temporaryNamePattern;
     EXPECT_EQ(pattern.rfind(P_tmpdir "/file", 0), 0U);
     EXPECT_EQ(pattern.size(), std::string(P_tmpdir "/fileXXXXXX").size());
+}
+
+TEST(CoarseMilliseconds, GoForwardOnly) {
+    const std::int64_t before = platform::coarseMilliseconds();
+    std::int64_t now = before;
+    while (now == before) {
+        now = platform::coarseMilliseconds();
+    }
+    EXPECT_GT(now, before);
 }
 
 }  // namespace

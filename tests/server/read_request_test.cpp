@@ -222,6 +222,26 @@ TEST(Getline, GivesNothingAnyMoreAfterALineThatIsTooLong) {
     }
 }
 
+TEST(TakeLine, TakesLinesLikeGetlineOffTheTextUntilItIsEmpty) {
+    std::string_view text = "one\r\n\r\r\n\nlast\r";
+    for (const char* expected : {"one", "", "", "last"}) {
+        EXPECT_EQ(Server::takeLine(text), expected);
+    }
+    EXPECT_EQ(Server::takeLine(text), std::nullopt);
+}
+
+TEST(TakeLine, RefusesALineOfMoreThan1023Characters) {
+    const std::string longest(1023, 'x');
+    for (const std::string end : {"", "\n", "\nnext"}) {
+        const std::string right = longest + end;
+        const std::string wrong = "x" + right;
+        std::string_view text = right;
+        EXPECT_EQ(Server::takeLine(text), longest);
+        text = wrong;
+        EXPECT_EQ(Server::takeLine(text), std::nullopt);
+    }
+}
+
 TEST(CheckRecvStatus, AcceptsBytes) { EXPECT_NO_THROW(checkRecvStatus(-1, 1)); }
 
 TEST(CheckRecvStatus, TellsTheKindsOfFailureApart) {
