@@ -19,14 +19,6 @@ bool mayNeverEnd(mode_t mode) { return !S_ISREG(mode) && !S_ISDIR(mode); }
 
 bool mayNotBeOverwritten(mode_t mode) { return S_ISFIFO(mode) || S_ISSOCK(mode) || S_ISBLK(mode); }
 
-struct stat infoOf(FILE* file) {
-    struct stat info {};
-    if (file != nullptr) {
-        ::fstat(::fileno(file), &info);
-    }
-    return info;
-}
-
 }  // namespace
 
 int closeFile(FILE* file, const std::string& path, const CommandLog& log) {
@@ -49,11 +41,10 @@ int CommandFile::openForWriting() {
 
 int CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {
     FileDesc opened(fd);
-    struct stat info {};
-    if (opened == -1 || ::fstat(opened, &info) != 0) {
+    if (opened == -1 || ::fstat(opened, &info_) != 0) {
         return errno;
     }
-    if (refused(info.st_mode)) {
+    if (refused(info_.st_mode)) {
         return EINVAL;
     }
     file_ = ::fdopen(opened, mode);
@@ -63,13 +54,6 @@ int CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {
     static_cast<void>(opened.release());
     return 0;
 }
-
-std::size_t CommandFile::size() const {
-    const struct stat info = infoOf(file_);
-    return S_ISREG(info.st_mode) ? static_cast<std::size_t>(info.st_size) : 0;
-}
-
-bool CommandFile::isRegular() const { return S_ISREG(infoOf(file_).st_mode); }
 
 int CommandFile::close() { return closeFile(std::exchange(file_, nullptr), path_, log_); }
 

@@ -1,6 +1,9 @@
 // The files that commands read and write.
 #pragma once
 
+#include <sys/stat.h>
+
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -32,9 +35,9 @@ class CommandFile {
     int openForWriting();
 
     FILE* get() const { return file_; }
-    /// The size in bytes, 0 when it is not known.
-    std::size_t size() const;
-    bool isRegular() const;
+    /// The size in bytes when the file was opened; 0 when it has none.
+    std::size_t size() const { return isRegular() ? static_cast<std::size_t>(info_.st_size) : 0; }
+    bool isRegular() const { return S_ISREG(info_.st_mode); }
 
     /// Returns 0 or an errno value.
     int close();
@@ -45,6 +48,7 @@ class CommandFile {
     const std::string& path_;
     const CommandLog& log_;
     FILE* file_ = nullptr;
+    struct stat info_ {};
 };
 
 }  // namespace corvane

@@ -1,4 +1,6 @@
 // Commands that read the file system: a byte, a text, a directory.
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -6,7 +8,9 @@
 #include <cstdlib>
 #include <log4cpp/Category.hh>
 #include <new>
+#include <span>
 #include <stdexcept>
+#include <string_view>
 #include <vector>
 
 #include "commands/command_file.h"
@@ -24,7 +28,7 @@ namespace {
 
 using log4cpp::Category;
 
-constexpr std::size_t readBlock = std::size_t{128} * 1024;
+constexpr std::size_t blockSize = std::size_t{128} * 1024;
 
 void openToRead(CommandFile& file, const std::string& name, const CommandLog& log) {
     if (const int error = file.openForReading(); error != 0) {
@@ -65,25 +69,34 @@ struct EscapedText {
     std::size_t bytesRead = 0;
 };
 
+// The next block of a file, past the buffer of its stream, which only costs here.
+std::string_view readBlockOf(const CommandFile& file, std::span<char> block,
+                             const std::string& name) {
+    constexpr int streamError = 1;  // what ferror(3) tells; applications have always been told that
+    ssize_t count = 0;
+    do {
+        count = ::read(::fileno(file.get()), block.data(), block.size());
+    } while (count == -1 && errno == EINTR);
+    if (count == -1) {
+        throw IOException(format("read error on file '%s'", name.c_str()), streamError);
+    }
+    return {block.data(), static_cast<std::size_t>(count)};
+}
+
 EscapedText readEscaped(const CommandFile& file, const std::string& name) {
     EscapedText result;
-    std::array<char, readBlock>
-        block;  // NOLINT(cppcoreguidelines-pro-type-member-init): fread fills it
+    std::array<char, blockSize> block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
     try {
         // Some room for entities, so that ordinary text never makes the string grow.
         result.text.reserve(file.size() + file.size() / 16);
         while (true) {
-            const std::size_t count = std::fread(block.data(), 1, block.size(), file.get());
-            appendEscaped({block.data(), count}, result.text);
-            result.bytesRead += count;
-            if (count == block.size()) {
-                continue;
+            const std::string_view text = readBlockOf(file, block, name);
+            appendEscaped(text, result.text);
+            result.bytesRead += text.size();
+            const bool isWhole = text.size() < block.size() && result.bytesRead == file.size();
+            if (text.empty() || isWhole) {
+                return result;
             }
-            if (std::feof(file.get()) == 0) {
-                throw IOException(format("read error on file '%s'", name.c_str()),
-                                  std::ferror(file.get()));
-            }
-            return result;
         }
     } catch (const std::bad_alloc&) {
         throw IOException(format("file '%s' is too large to read", name.c_str()), ENOMEM);
