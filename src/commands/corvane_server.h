@@ -77,7 +77,7 @@ class CorvaneServer : public Server {
 
     template <typename Find>
     void answerWithText(int sock, const std::string& cmd, const std::string& hint,
-                        log4cpp::Category& log, Find find);
+                        log4cpp::Category& category, Find find);
     template <typename Measure>
     void answerWithRectangle(int sock, const std::string& cmd, const CommandLog& log,
                              Measure measure);

@@ -28,42 +28,44 @@ std::string clipboardGet() { throw Exception("clipboardGet() not supported on th
 /// Answers with what `find` returns as the detail "value".
 template <typename Find>
 void CorvaneServer::answerWithText(int sock, const std::string& cmd, const std::string& hint,
-                                   Category& log, Find find) {
-    CommandLog(log, sock, cmd).debug();
+                                   Category& category, Find find) {
+    CommandLog(category, sock, cmd).debug();
     orFailed(
         sock, cmd, hint,
         [&] {
             const CorvaneDetail detail("value", find(), false);
             sendResult(sock, cmd, true, std::span(&detail, 1), hint);
         },
-        [&log](const Exception& e) { log.error(e.message); });
+        [&category](const Exception& e) { category.error(e.message); });
 }
 
 void CorvaneServer::cmdUserDir(int sock, const std::string& cmd, std::istream& params) {
-    static Category& log = Category::getInstance("corvane.server.process.client.cmd.userDir");
+    static Category& category = Category::getInstance("corvane.server.process.client.cmd.userDir");
     const std::string which = getline(params);
-    answerWithText(sock, cmd, which.empty() ? cmd : cmd + " " + which, log,
+    answerWithText(sock, cmd, which.empty() ? cmd : cmd + " " + which, category,
                    which == "desktop" ? getUserDesktop : getUserDirectory);
 }
 
 void CorvaneServer::cmdUserName(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& log = Category::getInstance("corvane.server.process.client.cmd.userName");
-    answerWithText(sock, cmd, cmd, log, getUserName);
+    static Category& category = Category::getInstance("corvane.server.process.client.cmd.userName");
+    answerWithText(sock, cmd, cmd, category, getUserName);
 }
 
 void CorvaneServer::cmdCurrentDir(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& log = Category::getInstance("corvane.server.process.client.cmd.currentDir");
-    answerWithText(sock, cmd, cmd, log, getCurrentDirectory);
+    static Category& category =
+        Category::getInstance("corvane.server.process.client.cmd.currentDir");
+    answerWithText(sock, cmd, cmd, category, getCurrentDirectory);
 }
 
 void CorvaneServer::cmdTempDir(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& log = Category::getInstance("corvane.server.process.client.cmd.tempDir");
-    answerWithText(sock, cmd, cmd, log, getTempDirectory);
+    static Category& category = Category::getInstance("corvane.server.process.client.cmd.tempDir");
+    answerWithText(sock, cmd, cmd, category, getTempDirectory);
 }
 
 void CorvaneServer::cmdClipboardGet(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& log = Category::getInstance("corvane.server.process.client.cmd.clipboardGet");
-    answerWithText(sock, cmd, cmd, log, clipboardGet);
+    static Category& category =
+        Category::getInstance("corvane.server.process.client.cmd.clipboardGet");
+    answerWithText(sock, cmd, cmd, category, clipboardGet);
 }
 
 void CorvaneServer::cmdLog(int sock, const std::string& cmd, std::istream& params) {
