@@ -12,9 +12,12 @@ constexpr std::array<std::string_view, 5> entryKinds{"file", "directory", "share
 
 }  // namespace
 
+int knownKind(int kind) {
+    return kind >= 0 && static_cast<std::size_t>(kind) < entryKinds.size() ? kind : 1;
+}
+
 std::string directory2id(int kind) {
-    const bool known = kind >= 0 && static_cast<std::size_t>(kind) < entryKinds.size();
-    return std::string(entryKinds[known ? static_cast<std::size_t>(kind) : 1]);
+    return std::string(entryKinds[static_cast<std::size_t>(knownKind(kind))]);
 }
 
 int id2directory(const std::string& text) {

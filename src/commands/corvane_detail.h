@@ -22,8 +22,10 @@ struct CorvaneDetail {
     bool isText = false;
 };
 
-/// The id of a directory entry's kind: 0 "file", 1 "directory", 2 "share", 3 "server", 4 "domain";
-/// "directory" for any other number.
+/// The kind of a directory entry by its number, from 0 to 4; 1, a directory, for any other number.
+int knownKind(int kind);
+/// The id of a kind: 0 "file", 1 "directory", 2 "share", 3 "server", 4 "domain"; "directory" for
+/// any other number.
 std::string directory2id(int kind);
 /// The kind for an id, exactly spelled; 0 for any other text.
 int id2directory(const std::string& text);

@@ -15,6 +15,9 @@ namespace {
 
 CorvaneDetail describe(FileInfo& file) {
     CorvaneDetail detail(directory2id(file.type), std::move(file.name), false);
+    if (knownKind(file.type) == 1) {
+        detail.value = correctDirectoryPath(std::move(detail.value));
+    }
     if (file.attributes.find(FileInfo::DIRECTORY) == std::string::npos) {
         detail.size = std::to_string(file.size);
     }
@@ -58,7 +61,7 @@ class Order {
     void add(const FileInfo& file, std::uint32_t index) {
         static const LexKeys keys(lex_icoll);
         const std::size_t start = bytes_.size();
-        bytes_.push_back(static_cast<char>(highestKind - id2directory(directory2id(file.type))));
+        bytes_.push_back(static_cast<char>(highestKind - knownKind(file.type)));
         keys.append(file.name, bytes_);
         places_.push_back({0, start, static_cast<std::uint32_t>(bytes_.size() - start), index});
         const std::string_view first = keyOf(places_.front()).substr(1);
@@ -111,10 +114,7 @@ std::vector<CorvaneDetail> files2details(std::vector<FileInfo> files) {
     std::vector<CorvaneDetail> details;
     details.reserve(order.places().size());
     for (const Place& place : order.places()) {
-        CorvaneDetail& detail = details.emplace_back(describe(files[place.index]));
-        if (detail.id == directory2id(1)) {
-            detail.value = correctDirectoryPath(std::move(detail.value));
-        }
+        details.push_back(describe(files[place.index]));
     }
     return details;
 }

@@ -125,19 +125,28 @@ LexKeys::LexKeys(LexKey key) : key_(key) {
 }
 
 void LexKeys::append(std::string_view text, std::string& bytes) const {
-    while (!text.empty()) {
-        const auto first = static_cast<unsigned char>(text.front());
-        if (first < ascii_.size() && ascii_[first] != 0) {
-            bytes.push_back(static_cast<char>(ascii_[first]));
-            text.remove_prefix(1);
-            continue;
-        }
-        wchar_t c = 0;
-        if (!nextCharacter(text, c)) {
-            return;
-        }
+    wchar_t c = 0;
+    appendAscii(text, bytes);
+    while (nextCharacter(text, c)) {
         appendPlace(key_(c), bytes);
+        appendAscii(text, bytes);
     }
+}
+
+// Takes the ASCII characters that a text begins with off it.
+void LexKeys::appendAscii(std::string_view& text, std::string& bytes) const {
+    const std::size_t before = bytes.size();
+    bytes.resize(before + text.size());
+    std::size_t taken = 0;
+    for (; taken < text.size(); ++taken) {
+        const auto c = static_cast<unsigned char>(text[taken]);
+        if (c >= ascii_.size() || ascii_[c] == 0) {
+            break;
+        }
+        bytes[before + taken] = static_cast<char>(ascii_[c]);
+    }
+    bytes.resize(before + taken);
+    text.remove_prefix(taken);
 }
 
 void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) const {

@@ -42,6 +42,7 @@ class LexKeys {
     void append(std::string_view text, std::string& bytes) const;
 
   private:
+    void appendAscii(std::string_view& text, std::string& bytes) const;
     void appendPlace(std::uint32_t place, std::string& bytes) const;
 
     LexKey key_;
