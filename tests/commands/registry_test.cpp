@@ -103,9 +103,9 @@ TEST_F(Registry, SearchesTheUsersFileThenTheApplicationsThenTheSystems) {
     EXPECT_EQ(files[0](), userFile);
     EXPECT_EQ(files[1](), applicationFile);
     EXPECT_EQ(files[2](), systemFile);
-    const std::string substitute = scratch.file("etc/registry.txt",
-                                                "HKEY_USERS/X:a=system\nHKEY_USERS/X:b=system\n"
-                                                "HKEY_USERS/X:c=system\n");
+    std::string substitute = scratch.file("etc/registry.txt",
+                                          "HKEY_USERS/X:a=system\nHKEY_USERS/X:b=system\n"
+                                          "HKEY_USERS/X:c=system\n");
     files[2] = [&] { return substitute; };
     applicationValues("HKEY_USERS/X:a=application\nHKEY_USERS/X:b=application\n");
     userValues("HKEY_USERS/X:a=user\n");
