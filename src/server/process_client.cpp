@@ -63,6 +63,7 @@ bool Server::processClient(int sock) {
         // The request, or what it asked for, is too large for this machine; others may not be.
         logFailure(sock, IOException("not enough memory", ENOMEM).what());
     }
+    request_.clearAndShrink(0);  // it may be what the memory was short for
     return errorCloseSocket(sock, false);
 }
 

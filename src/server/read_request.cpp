@@ -21,8 +21,6 @@ namespace {
 
 constexpr std::size_t firstLook = std::size_t{16} * 1024;
 constexpr std::size_t laterLook = std::size_t{1024} * 1024;
-// A request buffer that has grown beyond this is given back before the next request.
-constexpr std::size_t keptBuffer = std::size_t{1024} * 1024;
 constexpr std::size_t parameterBuffer = 1024;
 
 log4cpp::Category& requestLog() {
@@ -64,7 +62,7 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
 // Connections end as often as they begin: that is a result, not an exception, which would cost as
 // much as all the rest of a connection's end.
 Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
-    out.clearAndShrink(keptBuffer);
+    out.clear();
     Deadline deadline;
     bool firstLineChecked = allowHttp;
     while (true) {

@@ -51,6 +51,19 @@ void configure(int sock) {
     ::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) | O_NONBLOCK);
 }
 
+// A large request is often followed by another, as when an application saves several files, and new
+// memory costs more than all the rest of receiving it. So its room is kept, but not for long.
+constexpr std::size_t keptRoom = std::size_t{1024} * 1024;
+constexpr int roomKeptSeconds = 1;
+
+bool hasPassed(const Deadline& deadline) {
+    return deadline && std::chrono::steady_clock::now() >= *deadline;
+}
+
+Deadline earlier(const Deadline& a, const Deadline& b) {
+    return a && b ? std::min(a, b) : a ? a : b;
+}
+
 bool isLoopback(const in_addr& ip) { return (ntohl(ip.s_addr) >> 24) == 127; }
 
 }  // namespace
@@ -108,25 +121,33 @@ void Server::process() {
 }
 
 // Waits for the next event; 0 when the inactivity time is over. The inactivity clock starts anew
-// with every call, but not when only the listeners come back into play.
+// with every call, but not when only the listeners come back into play or memory is given back.
 int Server::waitForEvent(fd_set& readable) {
     const Deadline idle = deadlineAfter(inactivity);
     while (true) {
-        if (listenersPausedUntil_ && std::chrono::steady_clock::now() >= *listenersPausedUntil_) {
+        if (hasPassed(listenersPausedUntil_)) {
             listenersPausedUntil_.reset();
         }
+        releaseSpareRoom();
         FD_ZERO(&readable);
         int highest = addSocketsToFdSet(readable, clients);
         if (!listenersPausedUntil_) {
             highest = std::max(highest, addSocketsToFdSet(readable, listeners));
         }
-        const bool pauseEndsFirst =
-            listenersPausedUntil_ && (!idle || *listenersPausedUntil_ < *idle);
-        const int ready = waitForSockets(highest + 1, &readable, nullptr,
-                                         pauseEndsFirst ? listenersPausedUntil_ : idle);
-        if (ready != 0 || !pauseEndsFirst) {
+        const Deadline next = earlier(idle, earlier(listenersPausedUntil_, roomKeptUntil_));
+        const int ready = waitForSockets(highest + 1, &readable, nullptr, next);
+        if (ready != 0 || next == idle) {
             return ready;
         }
+    }
+}
+
+void Server::releaseSpareRoom() {
+    if (hasPassed(roomKeptUntil_)) {
+        request_.clearAndShrink(keptRoom);
+        roomKeptUntil_.reset();
+    } else if (!roomKeptUntil_ && request_.capacity() > keptRoom) {
+        roomKeptUntil_ = deadlineAfter(roomKeptSeconds);
     }
 }
 

@@ -116,6 +116,7 @@ class Server {
 
   private:
     int waitForEvent(fd_set& readable);
+    void releaseSpareRoom();
     bool serveNext();
     bool serveRequest(int sock);
     bool closeFinished(int sock);
@@ -129,6 +130,8 @@ class Server {
     ByteBuffer request_;
     MemoryStream params_;
     std::vector<iovec> sendParts_;
+    /// Set while the room of a large request is kept for another one.
+    Deadline roomKeptUntil_;
     /// Set while the process is out of descriptors: until then no listener is waited for.
     Deadline listenersPausedUntil_;
     std::chrono::steady_clock::time_point nextForeignWarning_{};

@@ -14,6 +14,7 @@ class ByteBuffer {
   public:
     const char* data() const { return bytes_.get(); }
     std::size_t size() const { return size_; }
+    std::size_t capacity() const { return capacity_; }
     std::string_view view() const { return {bytes_.get(), size_}; }
 
     /// Makes room for at least `count` more bytes and returns where they go; commit() then counts
