@@ -14,6 +14,7 @@
 #include "app/signals.h"
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
+#include "platform/system.h"
 #include "text/exception.h"
 #include "text/log.h"
 #include "text/strconv.h"
@@ -75,6 +76,7 @@ void enterWorkingDirectory(log4cpp::Category& log, const std::string& directory)
 }
 
 void serve(log4cpp::Category& log) {
+    platform::keepFreedMemory();  // the server gives it back when it is idle
     try {
         server->initServer();
         server->process();

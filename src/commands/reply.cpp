@@ -21,6 +21,7 @@ void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
     }
     reply_.write("</Header></CorvaneMsg>");
     sendResponse(sock, reply_.pieces());
+    reply_.clear();
 }
 
 void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,

@@ -5,8 +5,8 @@ namespace {
 
 // A text of at least this size is sent from where it is instead of being copied into the buffer.
 constexpr std::size_t largeText = std::size_t{32} * 1024;
-// A buffer that has grown beyond this is given back before the next reply.
-constexpr std::size_t keptBuffer = std::size_t{1024} * 1024;
+// A buffer that has grown beyond this is given back after the reply.
+constexpr std::size_t keptBuffer = std::size_t{256} * 1024;
 
 }  // namespace
 

@@ -33,6 +33,12 @@ ssize_t copyInKernel(int from, int to, std::size_t count);
 /// but costs next to nothing to read.
 std::int64_t coarseMilliseconds();
 
+/// From now on memory that is freed stays with the process, where the system has a choice: fresh
+/// pages cost more than most uses of them.
+void keepFreedMemory();
+/// Gives the freed memory back to the system.
+void returnFreedMemory();
+
 /// The open(2) flag for a directory whose entries are only reached by name.
 int searchFlag();
 

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/socket.h>
 #include <time.h>
 #include <unistd.h>
@@ -46,6 +47,13 @@ std::int64_t coarseMilliseconds() {
     ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
     return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
+
+void keepFreedMemory() {
+    static_cast<void>(::mallopt(M_MMAP_MAX, 0));  // a block of its own is always given back
+    static_cast<void>(::mallopt(M_TRIM_THRESHOLD, -1));
+}
+
+void returnFreedMemory() { static_cast<void>(::malloc_trim(0)); }
 
 int searchFlag() { return O_PATH; }
 

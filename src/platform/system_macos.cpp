@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <malloc/malloc.h>
 #include <sys/socket.h>
 #include <time.h>
 #include <unistd.h>
@@ -45,6 +46,10 @@ std::int64_t coarseMilliseconds() {
     return static_cast<std::int64_t>(::clock_gettime_nsec_np(CLOCK_MONOTONIC_RAW_APPROX) /
                                      1'000'000);
 }
+
+void keepFreedMemory() {}  // the system's allocator decides
+
+void returnFreedMemory() { static_cast<void>(::malloc_zone_pressure_relief(nullptr, 0)); }
 
 int searchFlag() { return O_SEARCH; }
 

@@ -79,6 +79,7 @@ bool Server::serveRequest(int sock) {
     if (isLogged(log4cpp::Priority::DEBUG)) {
         logRequest(request_.view());
     }
+    workWasLarge_ = workWasLarge_ || request_.size() > largeSize;
     std::string_view lines = request_.view();
     const std::optional<std::string> cmd = takeLine(lines);
     if (!cmd) {

@@ -82,9 +82,12 @@ void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
         return;
     }
     sendParts_.clear();
+    std::size_t size = 0;
     for (const std::string_view text : pieces) {
         sendParts_.push_back(piece(text));
+        size += text.size();
     }
+    workWasLarge_ = workWasLarge_ || size > largeSize;
     sendParts_.push_back(piece(terminator));
     sendAll(sock, sendParts_, requestTimeout);
 }

@@ -12,8 +12,10 @@
 #include <cerrno>
 #include <cstring>
 #include <log4cpp/Category.hh>
+#include <utility>
 
 #include "fileutil/file_desc.h"
+#include "platform/system.h"
 #include "server/address.h"
 #include "server/socket_exception.h"
 
@@ -51,10 +53,9 @@ void configure(int sock) {
     ::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) | O_NONBLOCK);
 }
 
-// A large request is often followed by another, as when an application saves several files, and new
-// memory costs more than all the rest of receiving it. So its room is kept, but not for long.
-constexpr std::size_t keptRoom = std::size_t{1024} * 1024;
-constexpr int roomKeptSeconds = 1;
+// A large request or reply is often followed by another, as when an application saves several
+// files, and fresh memory costs more than the rest of the work. So it is kept, but not for long.
+constexpr int memoryKeptSeconds = 1;
 
 bool hasPassed(const Deadline& deadline) {
     return deadline && std::chrono::steady_clock::now() >= *deadline;
@@ -128,13 +129,13 @@ int Server::waitForEvent(fd_set& readable) {
         if (hasPassed(listenersPausedUntil_)) {
             listenersPausedUntil_.reset();
         }
-        releaseSpareRoom();
+        returnMemory();
         FD_ZERO(&readable);
         int highest = addSocketsToFdSet(readable, clients);
         if (!listenersPausedUntil_) {
             highest = std::max(highest, addSocketsToFdSet(readable, listeners));
         }
-        const Deadline next = earlier(idle, earlier(listenersPausedUntil_, roomKeptUntil_));
+        const Deadline next = earlier(idle, earlier(listenersPausedUntil_, memoryKeptUntil_));
         const int ready = waitForSockets(highest + 1, &readable, nullptr, next);
         if (ready != 0 || next == idle) {
             return ready;
@@ -142,12 +143,13 @@ int Server::waitForEvent(fd_set& readable) {
     }
 }
 
-void Server::releaseSpareRoom() {
-    if (hasPassed(roomKeptUntil_)) {
-        request_.clearAndShrink(keptRoom);
-        roomKeptUntil_.reset();
-    } else if (!roomKeptUntil_ && request_.capacity() > keptRoom) {
-        roomKeptUntil_ = deadlineAfter(roomKeptSeconds);
+void Server::returnMemory() {
+    if (std::exchange(workWasLarge_, false)) {
+        request_.clearAndShrink(largeSize);
+        memoryKeptUntil_ = deadlineAfter(memoryKeptSeconds);
+    } else if (hasPassed(memoryKeptUntil_)) {
+        platform::returnFreedMemory();
+        memoryKeptUntil_.reset();
     }
 }
 

@@ -116,7 +116,7 @@ class Server {
 
   private:
     int waitForEvent(fd_set& readable);
-    void releaseSpareRoom();
+    void returnMemory();
     bool serveNext();
     bool serveRequest(int sock);
     bool closeFinished(int sock);
@@ -127,11 +127,16 @@ class Server {
     static bool checkFirstLine(std::string_view request, std::size_t alreadySearched);
     void logBytes(std::string_view bytes) const;
 
+    /// A request or reply of more bytes is large: its memory is worth a thought.
+    static constexpr std::size_t largeSize = std::size_t{256} * 1024;
+
     ByteBuffer request_;
     MemoryStream params_;
     std::vector<iovec> sendParts_;
-    /// Set while the room of a large request is kept for another one.
-    Deadline roomKeptUntil_;
+    /// Whether a request or reply was large since the last wait.
+    bool workWasLarge_ = false;
+    /// Set while the memory of large work is kept for more of it.
+    Deadline memoryKeptUntil_;
     /// Set while the process is out of descriptors: until then no listener is waited for.
     Deadline listenersPausedUntil_;
     std::chrono::steady_clock::time_point nextForeignWarning_{};

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <string>
 
 #include "fileutil/file_desc.h"
@@ -133,6 +134,26 @@ TEST(CoarseMilliseconds, GoForwardOnly) {
         now = platform::coarseMilliseconds();
     }
     EXPECT_GT(now, before);
+}
+
+// In bytes.
+long residentMemory() {
+    long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> pages;
+    return pages * ::sysconf(_SC_PAGESIZE);
+}
+
+TEST(FreedMemory, StaysWithTheProcessUntilItIsReturned) {
+    if (CORVANE_SANITIZED) {
+        GTEST_SKIP() << "sanitizers have an allocator of their own";
+    }
+    constexpr long size = 64L << 20;
+    platform::keepFreedMemory();
+    const long before = residentMemory();
+    { const std::string block(static_cast<std::size_t>(size), 'x'); }
+    EXPECT_GT(residentMemory(), before + size / 2);
+    platform::returnFreedMemory();
+    EXPECT_LT(residentMemory(), before + size / 2);
 }
 
 }  // namespace
