@@ -12,6 +12,7 @@
 #include "platform/system.h"
 #include "server/address.h"
 #include "server/server.h"
+#include "text/log.h"
 
 namespace corvane {
 namespace {
@@ -49,7 +50,7 @@ void Server::processListener(int listenSock) {
     }
     rememberPeer(sock, peer);
     addSocket(clients, sock.release());
-    if (log.isInfoEnabled()) {
+    if (isLogged(log4cpp::Priority::INFO)) {
         log.info("accepted connection from %s", formatAddress(clients.back()).c_str());
     }
 }
@@ -67,12 +68,18 @@ bool Server::removeSocket(std::vector<int>& socks, int sock) {
 
 void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.closesocket");
-    const std::string where = log.isInfoEnabled() ? formatAddress(sock) : std::string();
-    log.info("Closing socket %s", where.c_str());
+    const bool isInfo = isLogged(log4cpp::Priority::INFO);
+    const bool isDebug = isLogged(log4cpp::Priority::DEBUG);
+    const std::string where = isInfo ? formatAddress(sock) : std::string();
+    if (isInfo) {
+        log.info("Closing socket %s", where.c_str());
+    }
     if (graceful) {
         ::shutdown(sock, SHUT_WR);
     }
-    log.debug("raw close socket %s", where.c_str());
+    if (isDebug) {
+        log.debug("raw close socket %s", where.c_str());
+    }
     if (::close(sock) != 0) {
         const int error = errno;
         log.warn("Error %d closing socket %s", error, formatAddress(sock).c_str());
@@ -80,7 +87,9 @@ void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
     forgetPeer(sock);
     removeSocket(socks, sock);
     listenersPausedUntil_.reset();  // a descriptor is free again
-    log.debug("closeSocket %s end", where.c_str());
+    if (isDebug) {
+        log.debug("closeSocket %s end", where.c_str());
+    }
 }
 
 bool Server::errorCloseSocket(int sock, bool graceful) {
