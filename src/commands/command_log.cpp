@@ -1,7 +1,6 @@
 #include "commands/command_log.h"
 
 #include "server/address.h"
-#include "text/log.h"
 #include "text/strings.h"
 
 namespace corvane {

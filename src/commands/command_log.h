@@ -8,6 +8,8 @@
 #include <log4cpp/Priority.hh>
 #include <string>
 
+#include "text/log.h"
+
 namespace corvane {
 
 class CommandLog {
@@ -17,7 +19,11 @@ class CommandLog {
         : category_(category), sock_(sock), cmd_(cmd) {}
 
     /// Only the common beginning.
-    void debug() const { debug("%s", ""); }
+    void debug() const {
+        if (isLogged(log4cpp::Priority::DEBUG)) {
+            debug("%s", "");
+        }
+    }
 
     /// `detail` is what follows the common beginning, such as ": open file '%s'".
     [[gnu::format(printf, 2, 3)]] void debug(const char* detail, ...) const;
