@@ -137,6 +137,14 @@ ssize_t recv(int sock, void* buffer, std::size_t count, int flags) {
     return isTheOne("recv") ? -1 : next(sock, buffer, count, flags);
 }
 
+ssize_t send(int sock, const void* bytes, std::size_t count, int flags) {
+    static const auto next = real<decltype(&send)>("send");
+    if (!isTheOne("send")) {
+        return next(sock, bytes, count, flags);
+    }
+    return halves() ? next(sock, bytes, half(count), flags) : -1;
+}
+
 ssize_t sendmsg(int sock, const msghdr* message, int flags) {
     static const auto next = real<decltype(&sendmsg)>("sendmsg");
     if (!isTheOne("sendmsg")) {

@@ -28,7 +28,7 @@ class Fault:
 
     def believed(self, outcome):
         """How the work of a request ended. A reply that could not be sent tells nothing."""
-        return CLOSED if self.call == "sendmsg" and outcome != SUCCESS else outcome
+        return CLOSED if self.call in ("send", "sendmsg") and outcome != SUCCESS else outcome
 
     @property
     def may_end_server(self):
@@ -65,6 +65,7 @@ ERRORS = {
     "recv": [errno.ECONNRESET, errno.EIO, errno.EINTR],
     "remove": [errno.EACCES],
     "rmdir": [errno.EACCES],
+    "send": [errno.ECONNRESET, errno.EPIPE, errno.EINTR, HALF],
     "sendmsg": [errno.ECONNRESET, errno.EPIPE, errno.EINTR, HALF],
     "unlinkat": [errno.EACCES],
     "waitpid": [errno.ECHILD],
