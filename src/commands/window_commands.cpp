@@ -13,10 +13,11 @@ namespace {
 
 using log4cpp::Category;
 
-// The number that a line begins with, or `def` when there is none or an int cannot hold it.
-int numberOf(const std::string& line, int def) {
-    const long number = toLong(line, def);
-    return number < INT_MIN || number > INT_MAX ? def : static_cast<int>(number);
+// The number that a line begins with, or -1 when there is none or an int cannot hold it.
+int numberOf(const std::string& line) {
+    constexpr int none = -1;
+    const long number = toLong(line, none);
+    return number < INT_MIN || number > INT_MAX ? none : static_cast<int>(number);
 }
 
 // What a setWndPos request asks for. Numbers that the flags leave out are -1.
@@ -31,18 +32,19 @@ struct Placement {
 
 Placement readPlacement(std::istream& params) {
     Placement wanted;
-    const std::string flags = Server::getline(params);
-    wanted.flags = numberOf(flags, 0);
-    if (wanted.flags == 0) {
-        throw Exception(format("Invalid flag '%s'", flags.c_str()));
+    const std::string line = Server::getline(params);
+    const long flags = toLong(line, 0);
+    if (flags == 0) {
+        throw Exception(format("Invalid flag '%s'", line.c_str()));
     }
+    wanted.flags = static_cast<int>(flags);  // bits beyond those of an int ask for nothing
     if ((wanted.flags & wndutil::SET_POSITION) != 0) {
-        wanted.x = numberOf(Server::getline(params), -1);
-        wanted.y = numberOf(Server::getline(params), -1);
+        wanted.x = numberOf(Server::getline(params));
+        wanted.y = numberOf(Server::getline(params));
     }
     if ((wanted.flags & wndutil::SET_SIZE) != 0) {
-        wanted.width = numberOf(Server::getline(params), -1);
-        wanted.height = numberOf(Server::getline(params), -1);
+        wanted.width = numberOf(Server::getline(params));
+        wanted.height = numberOf(Server::getline(params));
     }
     wanted.window = Server::getline(params);
     return wanted;
