@@ -135,18 +135,17 @@ void LexKeys::append(std::string_view text, std::string& bytes) const {
 
 // Takes the ASCII characters that a text begins with off it.
 void LexKeys::appendAscii(std::string_view& text, std::string& bytes) const {
+    const auto byteOf = [this](char c) {
+        const auto number = static_cast<unsigned char>(c);
+        return number < ascii_.size() ? static_cast<char>(ascii_[number]) : '\0';
+    };
+    const auto* const end =
+        std::find_if(text.begin(), text.end(), [byteOf](char c) { return byteOf(c) == '\0'; });
+    const auto count = static_cast<std::size_t>(end - text.begin());
     const std::size_t before = bytes.size();
-    bytes.resize(before + text.size());
-    std::size_t taken = 0;
-    for (; taken < text.size(); ++taken) {
-        const auto c = static_cast<unsigned char>(text[taken]);
-        if (c >= ascii_.size() || ascii_[c] == 0) {
-            break;
-        }
-        bytes[before + taken] = static_cast<char>(ascii_[c]);
-    }
-    bytes.resize(before + taken);
-    text.remove_prefix(taken);
+    bytes.resize(before + count);
+    std::transform(text.begin(), end, bytes.begin() + static_cast<std::ptrdiff_t>(before), byteOf);
+    text.remove_prefix(count);
 }
 
 void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) const {
