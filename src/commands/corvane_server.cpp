@@ -23,6 +23,7 @@ void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::
     }
     if (command->effect != Effect::Reads) {
         flushLog();
+        expectFreedMemory();  // the names of a large tree, for one
     }
     (this->*command->handler)(sock, cmd, params);
 }

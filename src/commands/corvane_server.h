@@ -71,6 +71,7 @@ class CorvaneServer : public Server {
             work();
         } catch (const Exception& e) {
             report(e);
+            expectFreedMemory();  // what was too large for one has been freed
             sendResult(sock, cmd, false, hint);
         }
     }

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
 
 #include "text/strings.h"
 
@@ -14,14 +13,15 @@ namespace corvane {
 namespace {
 
 struct Peer {
+    bool known;
     sockaddr_in address;
-    std::string text;  // empty until it is first asked for
+    std::array<char, sizeof "255.255.255.255:65535"> text;  // empty until it is first asked for
 };
 
 // By descriptor. A connection beyond the select set is never served, so never remembered.
-std::array<std::optional<Peer>, FD_SETSIZE> peers;
+std::array<Peer, FD_SETSIZE> peers;
 
-std::optional<Peer>* slotOf(int sock) {
+Peer* slotOf(int sock) {
     return sock >= 0 && sock < FD_SETSIZE ? &peers[static_cast<std::size_t>(sock)] : nullptr;
 }
 
@@ -37,12 +37,11 @@ std::string formatAddress(const sockaddr_in& sa) {
 }
 
 std::string formatAddress(int sock) {
-    if (std::optional<Peer>* const known = slotOf(sock); known != nullptr && known->has_value()) {
-        Peer& peer = **known;
-        if (peer.text.empty()) {
-            peer.text = formatAddress(peer.address);
+    if (Peer* const peer = slotOf(sock); peer != nullptr && peer->known) {
+        if (peer->text.front() == '\0') {
+            formatAddress(peer->address).copy(peer->text.data(), peer->text.size() - 1);
         }
-        return peer.text;
+        return peer->text.data();
     }
     int listening = 1;
     socklen_t length = sizeof listening;
@@ -56,14 +55,14 @@ std::string formatAddress(int sock) {
 }
 
 void rememberPeer(int sock, const sockaddr_in& peer) {
-    if (std::optional<Peer>* const slot = slotOf(sock); slot != nullptr) {
-        *slot = Peer{peer, {}};
+    if (Peer* const slot = slotOf(sock); slot != nullptr) {
+        *slot = {true, peer, {}};
     }
 }
 
 void forgetPeer(int sock) {
-    if (std::optional<Peer>* const slot = slotOf(sock); slot != nullptr) {
-        slot->reset();
+    if (Peer* const slot = slotOf(sock); slot != nullptr) {
+        *slot = {};
     }
 }
 

@@ -50,20 +50,21 @@ bool Server::processClient(int sock) {
         return serveRequest(sock);
     } catch (const ForeignRequest& e) {
         return refuseForeignRequest(sock, e.line);
-    } catch (const SocketClosedException&) {
-        return closeFinished(sock);
+    } catch (const SocketClosedException& e) {
+        return closeFinished(sock, e.graceful);
     } catch (const SocketException& e) {
         if (clientLog().isErrorEnabled()) {
             clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(),
                               e.what());
         }
     } catch (const Exception& e) {
+        dropRequest();
         logFailure(sock, e.what());
     } catch (const std::bad_alloc&) {
         // The request, or what it asked for, is too large for this machine; others may not be.
+        dropRequest();
         logFailure(sock, IOException("not enough memory", ENOMEM).what());
     }
-    request_.clearAndShrink(0);  // it may be what the memory was short for
     return errorCloseSocket(sock, false);
 }
 
@@ -72,14 +73,13 @@ bool Server::serveRequest(int sock) {
         case Received::LineEnd:
             return true;
         case Received::End:
-            return closeFinished(sock);
+            return closeFinished(sock, false);
         case Received::Request:
             break;
     }
     if (isLogged(log4cpp::Priority::DEBUG)) {
         logRequest(request_.view());
     }
-    workWasLarge_ = workWasLarge_ || request_.size() > largeSize;
     std::string_view lines = request_.view();
     const std::optional<std::string> cmd = takeLine(lines);
     if (!cmd) {
@@ -97,18 +97,25 @@ bool Server::serveRequest(int sock) {
     return true;
 }
 
-// Closes a connection that the client has ended. No half-close is needed: nothing can arrive any
-// more that would make close(2) reset the connection.
-bool Server::closeFinished(int sock) {
+// Frees the request before anything else is done: it may be what the memory is short for.
+void Server::dropRequest() {
+    request_.clearAndShrink(0);
+    expectFreedMemory();
+}
+
+// Closes a connection that the client has ended. After a regular end (0 bytes received) no
+// half-close is needed: nothing can arrive any more that would make close(2) reset the connection.
+bool Server::closeFinished(int sock, bool graceful) {
     if (isLogged(log4cpp::Priority::INFO)) {
         clientLog().info("Client %s has closed connection", formatAddress(sock).c_str());
     }
-    return errorCloseSocket(sock, false);
+    return errorCloseSocket(sock, graceful);
 }
 
 // Answers and closes a connection that no application has made; it does not count as an
 // application's disconnection, so that a web page cannot stop the server.
 bool Server::refuseForeignRequest(int sock, const std::string& line) {
+    dropRequest();
     const auto now = std::chrono::steady_clock::now();
     if (now >= nextForeignWarning_) {
         nextForeignWarning_ = now + foreignWarningPeriod;
@@ -116,7 +123,6 @@ bool Server::refuseForeignRequest(int sock, const std::string& line) {
                          formatAddress(sock).c_str(), line.c_str());
     }
     try {
-        request_.clearAndShrink(0);  // a page may have filled the memory with its first line
         sendFatalError(sock, line);
         platform::discardReceived(sock, mostDiscarded);
     } catch (const std::exception&) {

@@ -83,6 +83,9 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
         platform::discardReceived(sock, taken);
         logBytes(chunk.substr(0, taken));
         out.commit(end);
+        if (out.size() > largeSize) {
+            expectFreedMemory();
+        }
         firstLineChecked = firstLineChecked || checkFirstLine(out.view(), before);
         if (maxRequest > 0 && out.size() > static_cast<std::size_t>(maxRequest)) {
             throw Exception(format("request is longer than %d bytes", maxRequest));

@@ -1,5 +1,5 @@
-// Sending a reply: its text and the terminating zero byte leave in one gathered send, so that the
-// client never waits for a delayed acknowledgement between the two.
+// Sending a reply: its text and the terminating zero byte leave in one call, so that the client
+// never waits for a delayed acknowledgement between the two.
 #include <sys/socket.h>
 #include <sys/uio.h>
 
@@ -87,7 +87,9 @@ void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
         sendParts_.push_back(piece(text));
         size += text.size();
     }
-    workWasLarge_ = workWasLarge_ || size > largeSize;
+    if (size > largeSize) {
+        expectFreedMemory();
+    }
     sendParts_.push_back(piece(terminator));
     sendAll(sock, sendParts_, requestTimeout);
 }

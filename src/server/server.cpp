@@ -45,7 +45,8 @@ in_addr resolve(const std::string& address) {
 void configure(int sock) {
     const int on = 1;
     if (::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0) {
-        throw SocketException("setsockopt() SO_REUSEADDR error", errno);
+        const int error = errno;
+        throw SocketException("setsockopt() SO_REUSEADDR error", error);
     }
     ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     ::fcntl(sock, F_SETFD, FD_CLOEXEC);
@@ -62,14 +63,23 @@ bool hasPassed(const Deadline& deadline) {
 }
 
 Deadline earlier(const Deadline& a, const Deadline& b) {
-    return a && b ? std::min(a, b) : a ? a : b;
+    if (!a || !b) {
+        return a ? a : b;
+    }
+    return std::min(a, b);
 }
 
 bool isLoopback(const in_addr& ip) { return (ntohl(ip.s_addr) >> 24) == 127; }
 
 }  // namespace
 
-Server::~Server() { deinitServer(); }
+Server::~Server() {
+    try {
+        deinitServer();
+    } catch (const std::exception&) {
+        // Nobody is left to be told; the system closes the sockets.
+    }
+}
 
 void Server::initServer() { initListener(address, port); }
 
@@ -104,7 +114,8 @@ void Server::initListener(const std::string& listenAddress, int listenPort) {
         throw SocketException("Listen exception", errno);
     }
     clients.reserve(FD_SETSIZE);  // adding a client never needs memory, which may be short then
-    addSocket(listeners, sock.release());
+    addSocket(listeners, sock);
+    static_cast<void>(sock.release());
     log.notice("Listening on %s", formatAddress(listeners.back()).c_str());
     if (!isLoopback(local.sin_addr)) {
         log.warn("%s is not a loopback address: everyone who can reach it can use this server",
@@ -135,9 +146,9 @@ int Server::waitForEvent(fd_set& readable) {
         if (!listenersPausedUntil_) {
             highest = std::max(highest, addSocketsToFdSet(readable, listeners));
         }
-        const Deadline next = earlier(idle, earlier(listenersPausedUntil_, memoryKeptUntil_));
+        const Deadline next = earlier(idle, earlier(listenersPausedUntil_, freedMemoryKeptUntil_));
         const int ready = waitForSockets(highest + 1, &readable, nullptr, next);
-        if (ready != 0 || next == idle) {
+        if (ready != 0 || next == idle) {  // without any deadline only sockets end the wait
             return ready;
         }
     }
@@ -146,10 +157,10 @@ int Server::waitForEvent(fd_set& readable) {
 void Server::returnMemory() {
     if (std::exchange(workWasLarge_, false)) {
         request_.clearAndShrink(largeSize);
-        memoryKeptUntil_ = deadlineAfter(memoryKeptSeconds);
-    } else if (hasPassed(memoryKeptUntil_)) {
+        freedMemoryKeptUntil_ = deadlineAfter(memoryKeptSeconds);
+    } else if (hasPassed(freedMemoryKeptUntil_)) {
         platform::returnFreedMemory();
-        memoryKeptUntil_.reset();
+        freedMemoryKeptUntil_.reset();
     }
 }
 

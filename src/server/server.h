@@ -66,7 +66,7 @@ class Server {
     /// Sends the reply text and its terminating zero byte in one piece. Waits while the client does
     /// not read. Throws SocketClosedException and SocketException.
     void sendResponse(int sock, const char* data, int length);
-    /// The same for a text in several pieces; no piece is copied.
+    /// The same for a text in several pieces; no large piece is copied.
     void sendResponse(int sock, std::span<const std::string_view> pieces);
 
     /// Sets every descriptor of `socks`; returns the largest, 0 for none.
@@ -113,13 +113,17 @@ class Server {
 
   protected:
     bool isAllowed(const std::string& cmd) const;
+    /// To be called where work may leave much freed memory behind: it is given back to the system a
+    /// second after the last such call.
+    void expectFreedMemory() { workWasLarge_ = true; }
 
   private:
     int waitForEvent(fd_set& readable);
     void returnMemory();
     bool serveNext();
     bool serveRequest(int sock);
-    bool closeFinished(int sock);
+    void dropRequest();
+    bool closeFinished(int sock, bool graceful);
     enum class Received { Request, LineEnd, End };
     Received receiveRequest(int sock, ByteBuffer& out);
     bool refuseForeignRequest(int sock, const std::string& line);
@@ -127,16 +131,16 @@ class Server {
     static bool checkFirstLine(std::string_view request, std::size_t alreadySearched);
     void logBytes(std::string_view bytes) const;
 
-    /// A request or reply of more bytes is large: its memory is worth a thought.
+    /// The memory of a request or reply of more bytes is given back some time after it.
     static constexpr std::size_t largeSize = std::size_t{256} * 1024;
 
     ByteBuffer request_;
     MemoryStream params_;
     std::vector<iovec> sendParts_;
-    /// Whether a request or reply was large since the last wait.
+    /// Whether there was large work since the last wait.
     bool workWasLarge_ = false;
-    /// Set while the memory of large work is kept for more of it.
-    Deadline memoryKeptUntil_;
+    /// Set while the freed memory of large work is kept for more of it.
+    Deadline freedMemoryKeptUntil_;
     /// Set while the process is out of descriptors: until then no listener is waited for.
     Deadline listenersPausedUntil_;
     std::chrono::steady_clock::time_point nextForeignWarning_{};

@@ -1,5 +1,5 @@
 // A growing byte buffer for requests and replies of any size. Unlike std::string it never fills new
-// room with zeros and grows through realloc, which moves pages instead of bytes for large blocks.
+// room with zeros, and it grows through realloc, which moves large blocks only when it has to.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,6 @@ class ByteBuffer {
   public:
     const char* data() const { return bytes_.get(); }
     std::size_t size() const { return size_; }
-    std::size_t capacity() const { return capacity_; }
     std::string_view view() const { return {bytes_.get(), size_}; }
 
     /// Makes room for at least `count` more bytes and returns where they go; commit() then counts
