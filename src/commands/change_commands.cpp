@@ -22,8 +22,9 @@ std::string cleanPath(const std::string& line) {
     return correctPathInvalidChars(correctPath(line));
 }
 
-// Hands what is written to it on to a file. The rest of a request, which lies in memory, arrives in
-// one piece and so reaches the file without being copied into a buffer of ours first.
+// Hands what is written to it on to a file. With libstdc++ the rest of a request, which lies in
+// memory, arrives in one piece and so reaches the file without being copied into a buffer of ours
+// first.
 class FileSink : public std::streambuf {
   public:
     explicit FileSink(FILE* file) : file_(file) {}

@@ -72,7 +72,7 @@ struct EscapedText {
 // The next block of a file, past the buffer of its stream, which only costs here.
 std::string_view readBlockOf(const CommandFile& file, std::span<char> block,
                              const std::string& name) {
-    constexpr int streamError = 1;  // what ferror(3) tells; applications have always been told that
+    constexpr int streamError = 1;  // what ferror(3) tells, which the log has always shown
     ssize_t count = 0;
     do {
         count = ::read(::fileno(file.get()), block.data(), block.size());

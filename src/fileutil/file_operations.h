@@ -26,10 +26,10 @@ void removeDirectory(const std::string& path, bool recursive);
 
 /// Copies the contents of one file; when `dst` is a directory, into it under the source's name. No
 /// permissions or times are carried, and an existing longer target keeps its tail. A file copied
-/// onto itself stays as it is. Pipes, sockets and devices are refused as a source (EINVAL), and so
-/// are directories (EISDIR, while reading), pipes and sockets as a target. After a failure while
-/// copying the partial target is removed. Throws
-/// "open src file '%s' error", "open dst file '%s' error", "read src file '%s' error" and
+/// onto itself stays as it is. Pipes, sockets and devices are refused as a source, pipes and
+/// sockets as a target (EINVAL). A directory as a source fails as if it had been read (EISDIR),
+/// before the target is touched. After a failure while copying the partial target is removed.
+/// Throws "open src file '%s' error", "open dst file '%s' error", "read src file '%s' error" and
 /// "write dst file '%s' error".
 void copyFile(const std::string& src, const std::string& dst);
 
