@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 
 #include <cerrno>
+#include <fstream>
 
 #include "e2e/server_test.h"
 
@@ -88,6 +89,14 @@ TEST_F(LimitsTest, RefuseCommandsThatAreNotInTheList) {
     EXPECT_TRUE(server().hasLogged("WARN corvane.server.process.client.cmd Client " +
                                    client.address() + ": command 'shutdown' not found"));
     expectService();
+}
+
+TEST_F(LimitsTest, AreReadOnceAtTheStart) {
+    start("COMMANDS=currentDir\nMAXREQUEST=100\n");
+    std::ofstream(server().directory() / "corvane.conf") << "COMMANDS=userDir\nMAXREQUEST=5\n";
+    expectService();
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("userDir"), failedReply("userDir"));
 }
 
 TEST_F(LimitsTest, LetShutdownPassWhenItIsInTheList) {
