@@ -90,7 +90,7 @@ void serve(log4cpp::Category& log) {
 void stop(log4cpp::Category& log, std::unique_ptr<Server> running) {
     try {
         server = nullptr;
-        running->deinitServer();  // what it throws is reported here; a destructor would terminate
+        running->deinitServer();  // here what it throws is reported; the destructor tells nobody
         running.reset();
         log.notice("stop service");
         pidFile.release();
