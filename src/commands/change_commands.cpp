@@ -75,9 +75,9 @@ int writeFile(const std::string& name, std::istream& data, const CommandLog& log
     }
     log.debug(": open file '%s'", name.c_str());
     const bool removable = file.isRegular();
-    const auto written = static_cast<long>(copyRest(data, file.get()));
-    static_cast<void>(std::fflush(file.get()));  // ferror() tells
-    const int indicator = std::ferror(file.get());
+    const auto written = static_cast<long>(copyRest(data, file.stream()));
+    static_cast<void>(std::fflush(file.stream()));  // ferror() tells
+    const int indicator = std::ferror(file.stream());
     // A file system may report only at the close that the data did not reach the disk.
     const int closed = file.close();
     const int error = indicator != 0 ? indicator : closed;

@@ -19,42 +19,53 @@ bool mayNeverEnd(mode_t mode) { return !S_ISREG(mode) && !S_ISDIR(mode); }
 
 bool mayNotBeOverwritten(mode_t mode) { return S_ISFIFO(mode) || S_ISSOCK(mode) || S_ISBLK(mode); }
 
+int logClosed(int result, const std::string& path, const CommandLog& log) {
+    log.debug(": close (%d) file '%s'", result, path.c_str());
+    return result;
+}
+
 }  // namespace
 
 int closeFile(FILE* file, const std::string& path, const CommandLog& log) {
     if (file == nullptr) {
         return 0;
     }
-    const int result = std::fclose(file) == 0 ? 0 : errno;
-    log.debug(": close (%d) file '%s'", result, path.c_str());
-    return result;
+    return logClosed(std::fclose(file) == 0 ? 0 : errno, path, log);
 }
 
-int CommandFile::openForReading() {
-    return adopt(::open(path_.c_str(), O_RDONLY | guardedOpen), "rb", mayNeverEnd);
-}
+int CommandFile::openForReading() { return open(O_RDONLY, mayNeverEnd); }
 
 int CommandFile::openForWriting() {
-    return adopt(::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | guardedOpen, newFileMode), "w+",
-                 mayNotBeOverwritten);
+    if (const int error = open(O_RDWR | O_CREAT | O_TRUNC, mayNotBeOverwritten); error != 0) {
+        return error;
+    }
+    file_ = ::fdopen(opened_, "w+");
+    if (file_ == nullptr) {
+        const int error = errno;
+        opened_.close();
+        return error;
+    }
+    static_cast<void>(opened_.release());
+    return 0;
 }
 
-int CommandFile::adopt(int fd, const char* mode, bool (*refused)(mode_t)) {
-    FileDesc opened(fd);
+int CommandFile::open(int flags, bool (*refused)(mode_t)) {
+    FileDesc opened(::open(path_.c_str(), flags | guardedOpen, newFileMode));
     if (opened == -1 || ::fstat(opened, &info_) != 0) {
         return errno;
     }
     if (refused(info_.st_mode)) {
         return EINVAL;
     }
-    file_ = ::fdopen(opened, mode);
-    if (file_ == nullptr) {
-        return errno;
-    }
-    static_cast<void>(opened.release());
+    opened_ = std::move(opened);
     return 0;
 }
 
-int CommandFile::close() { return closeFile(std::exchange(file_, nullptr), path_, log_); }
+int CommandFile::close() {
+    if (opened_ != -1) {
+        return logClosed(opened_.close() == 0 ? 0 : errno, path_, log_);
+    }
+    return closeFile(std::exchange(file_, nullptr), path_, log_);
+}
 
 }  // namespace corvane

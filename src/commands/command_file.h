@@ -8,6 +8,7 @@
 #include <string>
 
 #include "commands/command_log.h"
+#include "fileutil/file_desc.h"
 
 namespace corvane {
 
@@ -34,7 +35,10 @@ class CommandFile {
     /// with EINVAL. Returns 0 or an errno value.
     int openForWriting();
 
-    FILE* get() const { return file_; }
+    /// Of a file that was opened for reading.
+    int descriptor() const { return opened_; }
+    /// Of a file that was opened for writing.
+    FILE* stream() const { return file_; }
     /// The size in bytes when the file was opened; 0 when it has none.
     std::size_t size() const { return isRegular() ? static_cast<std::size_t>(info_.st_size) : 0; }
     bool isRegular() const { return S_ISREG(info_.st_mode); }
@@ -43,10 +47,11 @@ class CommandFile {
     int close();
 
   private:
-    int adopt(int fd, const char* mode, bool (*refused)(mode_t));
+    int open(int flags, bool (*refused)(mode_t));
 
     const std::string& path_;
     const CommandLog& log_;
+    FileDesc opened_;
     FILE* file_ = nullptr;
     struct stat info_ {};
 };

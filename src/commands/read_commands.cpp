@@ -42,46 +42,43 @@ int offsetOf(const std::string& text) {
         std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT_MIN, INT_MAX));
 }
 
-int byteAt(FILE* file, int offset, const std::string& name) {
-    if (const int moved = std::fseek(file, offset, SEEK_SET); moved != 0) {
+// What ferror(3) tells of a stream that could not be read: the log has always shown it.
+constexpr int readFailed = 1;
+
+ssize_t readBlock(const CommandFile& file, std::span<char> block) {
+    ssize_t count = 0;
+    do {
+        count = ::read(file.descriptor(), block.data(), block.size());
+    } while (count == -1 && errno == EINTR);
+    return count;
+}
+
+int byteAt(const CommandFile& file, int offset, const std::string& name) {
+    if (::lseek(file.descriptor(), offset, SEEK_SET) == -1) {
         const int error = errno;
-        throw IOException(format("cannot move to offset %d on file '%s' (returns %d)", offset,
-                                 name.c_str(), moved),
-                          error);
-    }
-    unsigned char byte = 0;
-    const std::size_t count = std::fread(&byte, 1, 1, file);
-    if (count == 1) {
-        return byte;
-    }
-    if (std::feof(file) != 0) {
         throw IOException(
-            format("cannot read byte at offset %d on file '%s' due to EOF", offset, name.c_str()),
-            0);
+            format("cannot move to offset %d on file '%s' (returns -1)", offset, name.c_str()),
+            error);
     }
-    throw IOException(format("cannot read byte at offset %d on file '%s' (fread returns %d)",
-                             offset, name.c_str(), static_cast<int>(count)),
-                      std::ferror(file));
+    char byte = 0;
+    switch (readBlock(file, std::span(&byte, 1))) {
+        case 1:
+            return static_cast<unsigned char>(byte);
+        case 0:
+            throw IOException(format("cannot read byte at offset %d on file '%s' due to EOF",
+                                     offset, name.c_str()),
+                              0);
+        default:
+            throw IOException(format("cannot read byte at offset %d on file '%s' (fread returns 0)",
+                                     offset, name.c_str()),
+                              readFailed);
+    }
 }
 
 struct EscapedText {
     std::string text;
     std::size_t bytesRead = 0;
 };
-
-// The next block of a file, past the buffer of its stream, which only costs here.
-std::string_view readBlockOf(const CommandFile& file, std::span<char> block,
-                             const std::string& name) {
-    constexpr int streamError = 1;  // what ferror(3) tells, which the log has always shown
-    ssize_t count = 0;
-    do {
-        count = ::read(::fileno(file.get()), block.data(), block.size());
-    } while (count == -1 && errno == EINTR);
-    if (count == -1) {
-        throw IOException(format("read error on file '%s'", name.c_str()), streamError);
-    }
-    return {block.data(), static_cast<std::size_t>(count)};
-}
 
 EscapedText readEscaped(const CommandFile& file, const std::string& name) {
     EscapedText result;
@@ -90,7 +87,11 @@ EscapedText readEscaped(const CommandFile& file, const std::string& name) {
         // Some room for entities, so that ordinary text never makes the string grow.
         result.text.reserve(file.size() + file.size() / 16);
         while (true) {
-            const std::string_view text = readBlockOf(file, block, name);
+            const ssize_t count = readBlock(file, block);
+            if (count == -1) {
+                throw IOException(format("read error on file '%s'", name.c_str()), readFailed);
+            }
+            const std::string_view text(block.data(), static_cast<std::size_t>(count));
             appendEscaped(text, result.text);
             result.bytesRead += text.size();
             const bool isWhole = text.size() < block.size() && result.bytesRead == file.size();
@@ -118,7 +119,7 @@ void CorvaneServer::cmdReadByte(int sock, const std::string& cmd, std::istream& 
         sock, cmd, "",
         [&] {
             openToRead(file, name, log);
-            const CorvaneDetail detail("value", toString(byteAt(file.get(), offset, name)), false);
+            const CorvaneDetail detail("value", toString(byteAt(file, offset, name)), false);
             sendResult(sock, cmd, true, std::span(&detail, 1), "");
         },
         [&log](const Exception& e) { log.failure(e); });
