@@ -33,6 +33,7 @@ void Server::processListener(int listenSock) {
     sockaddr_in peer{};
     FileDesc sock(platform::acceptConnection(listenSock, peer));
     int error = sock == -1 ? errno : 0;
+    readable_.askAgain(listenSock);
     if (error == EAGAIN || error == EINTR) {
         return;  // the connection is gone again
     }
@@ -85,6 +86,8 @@ void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
         log.warn("Error %d closing socket %s", error, formatAddress(sock).c_str());
     }
     forgetPeer(sock);
+    readable_.forget(sock);
+    surplus_.forget(sock);
     removeSocket(socks, sock);
     listenersPausedUntil_.reset();  // a descriptor is free again
     if (isDebug) {

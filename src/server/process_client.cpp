@@ -71,6 +71,7 @@ bool Server::processClient(int sock) {
 bool Server::serveRequest(int sock) {
     switch (receiveRequest(sock, request_)) {
         case Received::LineEnd:
+        case Received::Nothing:
             return true;
         case Received::End:
             return closeFinished(sock, false);

@@ -1,5 +1,5 @@
-// Reading a request. The bytes are looked at first (MSG_PEEK) and then exactly those up to the
-// terminator are taken, so that a request that follows stays in the socket, where select sees it.
+// Reading a request. Whatever has arrived is received at once; what follows the terminator is kept
+// for the client's next turn.
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -19,8 +19,12 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t firstLook = std::size_t{16} * 1024;
-constexpr std::size_t laterLook = std::size_t{1024} * 1024;
+constexpr std::size_t firstBlock = std::size_t{16} * 1024;
+constexpr std::size_t laterBlock = std::size_t{1024} * 1024;
+std::size_t blockSize(std::size_t alreadyReceived) {
+    return alreadyReceived == 0 ? firstBlock : laterBlock;
+}
+
 constexpr std::size_t parameterBuffer = 1024;
 
 log4cpp::Category& requestLog() {
@@ -52,11 +56,18 @@ std::string withoutLineEnd(std::string_view line) {
 }  // namespace
 
 bool Server::readRequest(int sock, ByteBuffer& out) {
-    const Received received = receiveRequest(sock, out);
-    if (received == Received::End) {
-        throw SocketClosedException(sock, true);
+    while (true) {
+        switch (receiveRequest(sock, out)) {
+            case Received::Request:
+                return true;
+            case Received::LineEnd:
+                return false;
+            case Received::End:
+                throw SocketClosedException(sock, true);
+            case Received::Nothing:
+                static_cast<void>(waitForSocket(sock, Direction::Read, std::nullopt));
+        }
     }
-    return received == Received::Request;
 }
 
 // Connections end as often as they begin: that is a result, not an exception, which would cost as
@@ -67,22 +78,37 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
     bool firstLineChecked = allowHttp;
     while (true) {
         const std::size_t before = out.size();
-        const std::size_t seen = receiveChunk(sock, out, deadline);
-        if (seen == 0) {
+        const std::string_view surplus = surplus_.of(sock);
+        std::string_view bytes = surplus;
+        if (surplus.empty()) {
+            const std::optional<std::size_t> size = receive(sock, out, deadline);
+            if (!size) {
+                return Received::Nothing;
+            }
+            bytes = {out.data() + before, *size};
+        }
+        if (bytes.empty()) {
             return Received::End;
         }
-        const std::string_view chunk(out.data() + before, seen);
-        if (before == 0 && isLineEnd(chunk.front())) {
-            platform::discardReceived(sock, 1);
-            logBytes(chunk.substr(0, 1));
+        const bool onlyLineEnd = before == 0 && isLineEnd(bytes.front());
+        const std::size_t end = onlyLineEnd ? 0 : findTerminator(bytes);
+        const bool complete = end < bytes.size();
+        const std::size_t taken = complete ? end + 1 : end;
+        logBytes(bytes.substr(0, taken));
+        if (surplus.empty()) {
+            out.commit(end);
+            if (taken < bytes.size()) {
+                surplus_.keep(sock, bytes.substr(taken));
+            } else if (complete && taken < blockSize(before)) {
+                readable_.emptied(sock);
+            }
+        } else {
+            out.append(bytes.substr(0, end));
+            surplus_.take(sock, taken);
+        }
+        if (onlyLineEnd) {
             return Received::LineEnd;
         }
-        const std::size_t end = findTerminator(chunk);
-        const bool complete = end < seen;
-        const std::size_t taken = complete ? end + 1 : seen;
-        platform::discardReceived(sock, taken);
-        logBytes(chunk.substr(0, taken));
-        out.commit(end);
         if (out.size() > largeSize) {
             expectFreedMemory();
         }
@@ -102,26 +128,34 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
     }
 }
 
-// Waits for the next bytes and looks at them, behind what `out` holds. Returns how many they are; 0
-// when the client has closed the connection.
-std::size_t Server::receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const {
-    const std::size_t look = out.size() == 0 ? firstLook : laterLook;
-    if (out.size() > 0) {
+// Receives the next bytes behind what `out` holds and returns how many they are: 0 when the client
+// has closed the connection, none when nothing of a request has arrived yet. Once a request has
+// begun, its next bytes are waited for.
+std::optional<std::size_t> Server::receive(int sock, ByteBuffer& out, const Deadline& deadline) {
+    const bool hasBegun = out.size() > 0;
+    const std::size_t block = blockSize(out.size());
+    if (hasBegun) {
         deliverPendingSignals();  // a client that sends without a pause lets no wait happen
     }
     while (true) {
         if (deadline && std::chrono::steady_clock::now() >= *deadline) {
             throw Exception(format("request is not complete after %d s", requestTimeout));
         }
-        const ssize_t seen = ::recv(sock, out.room(look), look, MSG_PEEK | MSG_DONTWAIT);
-        if (seen == -1 && (errno == EAGAIN || errno == EINTR)) {
-            static_cast<void>(waitForSocket(sock, Direction::Read, deadline));
-            continue;
+        const ssize_t received = ::recv(sock, out.room(block), block, MSG_DONTWAIT);
+        if (received > 0) {
+            return static_cast<std::size_t>(received);
         }
-        if (seen != 0) {
-            checkRecvStatus(sock, seen);
+        if (received == 0) {
+            return 0;
         }
-        return static_cast<std::size_t>(seen);
+        if (errno != EAGAIN && errno != EINTR) {
+            checkRecvStatus(sock, received);
+        }
+        if (!hasBegun) {
+            readable_.emptied(sock);
+            return std::nullopt;
+        }
+        static_cast<void>(waitForSocket(sock, Direction::Read, deadline));
     }
 }
 

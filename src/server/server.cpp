@@ -113,6 +113,7 @@ void Server::initListener(const std::string& listenAddress, int listenPort) {
     if (::listen(sock, backlog) != 0) {
         throw SocketException("Listen exception", errno);
     }
+    readable_.prepare();
     clients.reserve(FD_SETSIZE);  // adding a client never needs memory, which may be short then
     addSocket(listeners, sock);
     static_cast<void>(sock.release());
@@ -134,21 +135,22 @@ void Server::process() {
 
 // Waits for the next event; 0 when the inactivity time is over. The inactivity clock starts anew
 // with every call, but not when only the listeners come back into play or memory is given back.
-int Server::waitForEvent(fd_set& readable) {
+int Server::waitForEvent() {
     const Deadline idle = deadlineAfter(inactivity);
     while (true) {
         if (hasPassed(listenersPausedUntil_)) {
             listenersPausedUntil_.reset();
         }
         returnMemory();
-        FD_ZERO(&readable);
-        int highest = addSocketsToFdSet(readable, clients);
+        fd_set watched;
+        FD_ZERO(&watched);
+        int highest = addSocketsToFdSet(watched, clients);
         if (!listenersPausedUntil_) {
-            highest = std::max(highest, addSocketsToFdSet(readable, listeners));
+            highest = std::max(highest, addSocketsToFdSet(watched, listeners));
         }
         const Deadline next = earlier(idle, earlier(listenersPausedUntil_, freedMemoryKeptUntil_));
-        const int ready = waitForSockets(highest + 1, &readable, nullptr, next);
-        if (ready != 0 || next == idle) {  // without any deadline only sockets end the wait
+        const int ready = readable_.wait(highest + 1, watched, next);
+        if (ready != 0 || hasPassed(idle)) {
             return ready;
         }
     }
@@ -170,8 +172,7 @@ bool Server::serveNext() {
     if (listeners.empty()) {
         throw Exception("There are no listening sockets...");
     }
-    fd_set readable;
-    const int ready = waitForEvent(readable);
+    const int ready = waitForEvent();
     if (ready == -1) {
         if (errno == EINTR) {
             return true;
@@ -182,10 +183,10 @@ bool Server::serveNext() {
         log.notice("Inactivity time (%d) has elapsed. Quitting...", inactivity);
         return false;
     }
-    if (const int client = isSocketsEvent(readable, clients); client != -1) {
+    if (const int client = isSocketsEvent(readable_.found(), clients); client != -1) {
         return processClient(client);
     }
-    if (const int listener = isSocketsEvent(readable, listeners); listener != -1) {
+    if (const int listener = isSocketsEvent(readable_.found(), listeners); listener != -1) {
         processListener(listener);
     } else {
         log.warn("Event from unknown source!");

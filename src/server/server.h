@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+#include "server/readable_sockets.h"
+#include "server/surplus.h"
 #include "server/waiting.h"
 #include "text/byte_buffer.h"
 #include "text/memory_stream.h"
@@ -50,7 +52,7 @@ class Server {
     void processListener(int listenSock);
     /// Reads and handles one request. Returns false when the server has to stop.
     bool processClient(int sock);
-    /// Reads one request, without its terminator, and leaves what follows it in the socket. Returns
+    /// Reads one request, without its terminator; what follows it is for the next call. Returns
     /// false, with one byte consumed, when the request begins with CR or LF. Throws
     /// SocketClosedException and SocketException; ForeignRequest for what a browser sends;
     /// Exception when the request exceeds its limits.
@@ -118,22 +120,24 @@ class Server {
     void expectFreedMemory() { workWasLarge_ = true; }
 
   private:
-    int waitForEvent(fd_set& readable);
+    int waitForEvent();
     void returnMemory();
     bool serveNext();
     bool serveRequest(int sock);
     void dropRequest();
     bool closeFinished(int sock, bool graceful);
-    enum class Received { Request, LineEnd, End };
+    enum class Received { Request, LineEnd, Nothing, End };
     Received receiveRequest(int sock, ByteBuffer& out);
     bool refuseForeignRequest(int sock, const std::string& line);
-    std::size_t receiveChunk(int sock, ByteBuffer& out, const Deadline& deadline) const;
+    std::optional<std::size_t> receive(int sock, ByteBuffer& out, const Deadline& deadline);
     static bool checkFirstLine(std::string_view request, std::size_t alreadySearched);
     void logBytes(std::string_view bytes) const;
 
     /// The memory of a request or reply of more bytes is given back some time after it.
     static constexpr std::size_t largeSize = std::size_t{256} * 1024;
 
+    ReadableSockets readable_;
+    Surplus surplus_;
     ByteBuffer request_;
     MemoryStream params_;
     std::vector<iovec> sendParts_;

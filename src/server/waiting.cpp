@@ -35,13 +35,6 @@ bool deliverSignalsNowAndThen() {
     return deliverPendingSignals();
 }
 
-timespec timeLeft(steady_clock::time_point deadline) {
-    const nanoseconds left =
-        std::max(nanoseconds::zero(), duration_cast<nanoseconds>(deadline - steady_clock::now()));
-    const auto whole = duration_cast<seconds>(left);
-    return {static_cast<time_t>(whole.count()), static_cast<long>((left - whole).count())};
-}
-
 }  // namespace
 
 void deliverSignalsOnlyInWaits() {
@@ -81,15 +74,26 @@ Deadline deadlineAfter(int secondsAway) {
     return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
 }
 
-int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
+bool prepareToWait() {
     flushLog();
-    if (deliverSignalsNowAndThen()) {
+    return deliverSignalsNowAndThen();
+}
+
+nanoseconds timeUntil(steady_clock::time_point deadline) {
+    return std::max(nanoseconds::zero(),
+                    duration_cast<nanoseconds>(deadline - steady_clock::now()));
+}
+
+int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
+    if (prepareToWait()) {
         errno = EINTR;
         return -1;
     }
     timespec timeout{};
     if (deadline) {
-        timeout = timeLeft(*deadline);
+        const nanoseconds left = timeUntil(*deadline);
+        const auto whole = duration_cast<seconds>(left);
+        timeout = {static_cast<time_t>(whole.count()), static_cast<long>((left - whole).count())};
     }
     return ::pselect(nfds, readable, writable, nullptr, deadline ? &timeout : nullptr, waitMask());
 }

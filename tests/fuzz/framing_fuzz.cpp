@@ -90,8 +90,9 @@ Requests served(std::string_view bytes, std::size_t firstPiece, std::size_t othe
 
     RecordingServer server;
     Server::addSocket(server.clients, ends[1]);
-    while (!server.clients.empty() && server.processClient(ends[1])) {
-    }
+    do {
+        static_cast<void>(waitForSocket(ends[1], Direction::Read, std::nullopt));
+    } while (server.processClient(ends[1]) && !server.clients.empty());
     unsent = {};
     server.deinitServer();
     ::close(clientEnd);

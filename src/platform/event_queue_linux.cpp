@@ -1,0 +1,63 @@
+#include <sys/epoll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+
+#include "platform/event_queue.h"
+
+namespace corvane::platform {
+namespace {
+
+bool control(int queue, int operation, int sock) {
+    epoll_event wanted{};
+    wanted.events = EPOLLIN | EPOLLRDHUP | EPOLLPRI | std::uint32_t{EPOLLET};
+    wanted.data.fd = sock;
+    return ::epoll_ctl(queue, operation, sock, &wanted) == 0;
+}
+
+}  // namespace
+
+EventQueue::~EventQueue() {
+    if (queue_ != -1) {
+        ::close(queue_);
+    }
+}
+
+void EventQueue::open() {
+    if (queue_ == -1) {
+        queue_ = ::epoll_create1(EPOLL_CLOEXEC);
+    }
+}
+
+bool EventQueue::watch(int sock) {
+    return control(queue_, EPOLL_CTL_ADD, sock) || (errno == EEXIST && askAgain(sock));
+}
+
+bool EventQueue::askAgain(int sock) { return control(queue_, EPOLL_CTL_MOD, sock); }
+
+void EventQueue::ignore(int sock) { ::epoll_ctl(queue_, EPOLL_CTL_DEL, sock, nullptr); }
+
+int EventQueue::wait(std::optional<std::chrono::milliseconds> limit, const sigset_t* mask,
+                     std::vector<SocketEvent>& events) {
+    constexpr std::int64_t longest = std::numeric_limits<int>::max();
+    int timeout = limit ? static_cast<int>(std::min<std::int64_t>(limit->count(), longest)) : -1;
+    std::array<epoll_event, 32> listed;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    constexpr auto room = static_cast<int>(listed.size());
+    events.clear();
+    int count = 0;
+    do {
+        count = ::epoll_pwait(queue_, listed.data(), room, timeout, mask);
+        for (int i = 0; i < count; ++i) {
+            const epoll_event& event = listed[static_cast<std::size_t>(i)];
+            events.push_back({event.data.fd, event.events != EPOLLIN});
+        }
+        timeout = 0;
+    } while (count == room);  // the others as well: which comes first is for the caller to say
+    return events.empty() ? count : static_cast<int>(events.size());
+}
+
+}  // namespace corvane::platform

@@ -1,0 +1,29 @@
+#include <cerrno>
+
+#include "platform/event_queue.h"
+
+namespace corvane::platform {
+
+EventQueue::~EventQueue() = default;
+
+void EventQueue::open() {}
+
+bool EventQueue::watch(int /*sock*/) {
+    errno = ENOSYS;
+    return false;
+}
+
+bool EventQueue::askAgain(int /*sock*/) {
+    errno = ENOSYS;
+    return false;
+}
+
+void EventQueue::ignore(int /*sock*/) {}
+
+int EventQueue::wait(std::optional<std::chrono::milliseconds> /*limit*/, const sigset_t* /*mask*/,
+                     std::vector<SocketEvent>& /*events*/) {
+    errno = ENOSYS;
+    return -1;
+}
+
+}  // namespace corvane::platform

@@ -1,0 +1,120 @@
+#include "server/readable_sockets.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+
+namespace corvane {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+bool isEqual(const fd_set& a, const fd_set& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+}  // namespace
+
+int ReadableSockets::wait(int nfds, const fd_set& watched, const Deadline& deadline) {
+    const bool isQueued = watchOnly(nfds, watched);
+    const Deadline until = readableCount_ == 0 ? deadline : steady_clock::time_point();
+    if (isQueued) {
+        if (const int result = waitForEvents(until); result != -1 || errno == EINTR) {
+            return result;
+        }
+    }
+    fd_set found = watched;
+    const int result = waitForSockets(nfds, &found, nullptr, until);
+    for (int sock = 0; sock < nfds && result > 0; ++sock) {
+        if (FD_ISSET(sock, &found)) {
+            add(sock);
+        }
+    }
+    return result == -1 || readableCount_ == 0 ? result : 1;
+}
+
+// Returns false when the event queue cannot tell of all of them.
+bool ReadableSockets::watchOnly(int nfds, const fd_set& watched) {
+    if (isEqual(watched, watched_)) {
+        return true;
+    }
+    bool areQueued = true;
+    for (int sock = 0; sock < std::max(nfds, end_); ++sock) {
+        if (!FD_ISSET(sock, &watched)) {
+            if (FD_ISSET(sock, &watched_)) {
+                queue_.ignore(sock);
+            }
+            forget(sock);
+        } else if (!FD_ISSET(sock, &watched_)) {
+            if (queue_.watch(sock)) {
+                FD_SET(sock, &watched_);
+            } else {
+                areQueued = false;
+            }
+        }
+    }
+    end_ = nfds;
+    return areQueued;
+}
+
+int ReadableSockets::waitForEvents(const Deadline& deadline) {
+    if (prepareToWait()) {
+        errno = EINTR;
+        return -1;
+    }
+    std::optional<milliseconds> limit;
+    if (deadline) {
+        limit = std::chrono::ceil<milliseconds>(timeUntil(*deadline));
+    }
+    const int count = queue_.wait(limit, waitMask(), events_);
+    if (count == -1) {
+        return -1;
+    }
+    for (const auto [sock, hasMore] : events_) {
+        if (FD_ISSET(sock, &watched_)) {
+            add(sock);
+            if (hasMore) {
+                FD_SET(sock, &more_);
+            }
+        }
+    }
+    return readableCount_ == 0 ? 0 : 1;
+}
+
+void ReadableSockets::emptied(int sock) {
+    if (FD_ISSET(sock, &more_)) {
+        askAgain(sock);
+    } else {
+        remove(sock);
+    }
+}
+
+void ReadableSockets::askAgain(int sock) {
+    remove(sock);
+    FD_CLR(sock, &more_);
+    if (FD_ISSET(sock, &watched_) && !queue_.askAgain(sock)) {
+        FD_CLR(sock, &watched_);
+    }
+}
+
+void ReadableSockets::forget(int sock) {
+    FD_CLR(sock, &watched_);
+    remove(sock);
+    FD_CLR(sock, &more_);
+}
+
+void ReadableSockets::add(int sock) {
+    if (!FD_ISSET(sock, &readable_)) {
+        FD_SET(sock, &readable_);
+        ++readableCount_;
+    }
+}
+
+void ReadableSockets::remove(int sock) {
+    if (FD_ISSET(sock, &readable_)) {
+        FD_CLR(sock, &readable_);
+        --readableCount_;
+    }
+}
+
+}  // namespace corvane
