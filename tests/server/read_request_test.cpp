@@ -47,7 +47,7 @@ TEST_F(ReadRequestTest, MayBeEmpty) {
     EXPECT_EQ(read(), "");
 }
 
-TEST_F(ReadRequestTest, LeavesWhatFollowsInTheSocket) {
+TEST_F(ReadRequestTest, LeavesWhatFollowsForTheNextOne) {
     test::ClientSocket client = connect();
     client.send("first\0second\1third\0"s);
     EXPECT_EQ(read(), "first");
