@@ -17,10 +17,6 @@ int acceptConnection(int listener, sockaddr_in& peer);
 /// Flags for every send: no SIGPIPE where the system has a flag for it.
 int sendFlags();
 
-/// Takes `count` bytes, which a look ahead (MSG_PEEK) has already seen, out of the receive queue.
-/// Returns what recv(2) returns; never waits.
-ssize_t discardReceived(int sock, std::size_t count);
-
 /// Closes every open descriptor from `first` on. Safe between fork and exec.
 void closeDescriptorsFrom(int first);
 

@@ -6,7 +6,6 @@
 
 #include <climits>
 
-#include "platform/read_and_drop.h"
 #include "platform/system.h"
 
 namespace corvane::platform {
@@ -17,16 +16,6 @@ int acceptConnection(int listener, sockaddr_in& peer) {
 }
 
 int sendFlags() { return MSG_NOSIGNAL; }
-
-ssize_t discardReceived(int sock, std::size_t count) {
-    // For TCP, MSG_TRUNC drops the bytes without copying them (tcp(7)); other socket types, such as
-    // the socket pairs of tests, need a buffer to read into.
-    const ssize_t dropped = ::recv(sock, nullptr, count, MSG_TRUNC | MSG_DONTWAIT);
-    if (dropped >= 0) {
-        return dropped;
-    }
-    return readAndDrop(sock, count);
-}
 
 void closeDescriptorsFrom(int first) {
     if (::close_range(static_cast<unsigned>(first), UINT_MAX, 0) == 0) {

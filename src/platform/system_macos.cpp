@@ -6,7 +6,6 @@
 
 #include <cerrno>
 
-#include "platform/read_and_drop.h"
 #include "platform/system.h"
 
 namespace corvane::platform {
@@ -26,8 +25,6 @@ int acceptConnection(int listener, sockaddr_in& peer) {
 }
 
 int sendFlags() { return 0; }  // SO_NOSIGPIPE is set on every connection
-
-ssize_t discardReceived(int sock, std::size_t count) { return readAndDrop(sock, count); }
 
 void closeDescriptorsFrom(int first) {
     const int size = ::getdtablesize();

@@ -1,12 +1,14 @@
 // One request of one client, from its first byte to its reply, and what becomes of the connection
 // when something fails.
+#include <sys/socket.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <log4cpp/Category.hh>
 #include <new>
 
-#include "platform/system.h"
 #include "server/address.h"
 #include "server/request_guard.h"
 #include "server/server.h"
@@ -17,7 +19,6 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::minutes foreignWarningPeriod{1};
-constexpr std::size_t mostDiscarded = std::size_t{1024} * 1024;
 
 log4cpp::Category& clientLog() {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process.client");
@@ -33,6 +34,19 @@ void logRequest(std::string_view text) {
         ByteBuffer().room(copies * text.size());
     }
     clientLog().debug("request data '" + std::string(text) + "'");
+}
+
+// Takes what has arrived out of the socket, within reason: closing it with bytes left inside would
+// reset the connection, and the client might lose the reply.
+void dropReceived(int sock) {
+    constexpr std::size_t mostDropped = std::size_t{1024} * 1024;
+    std::array<char, std::size_t{16} * 1024>
+        block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    for (std::size_t dropped = 0; dropped < mostDropped; dropped += block.size()) {
+        if (::recv(sock, block.data(), block.size(), MSG_DONTWAIT) <= 0) {
+            return;
+        }
+    }
 }
 
 void logFailure(int sock, const char* reason) {
@@ -125,7 +139,7 @@ bool Server::refuseForeignRequest(int sock, const std::string& line) {
     }
     try {
         sendFatalError(sock, line);
-        platform::discardReceived(sock, mostDiscarded);
+        dropReceived(sock);
     } catch (const std::exception&) {
         // It is closed below in any case.
     }

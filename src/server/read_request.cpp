@@ -152,7 +152,9 @@ std::optional<std::size_t> Server::receive(int sock, ByteBuffer& out, const Dead
             checkRecvStatus(sock, received);
         }
         if (!hasBegun) {
-            readable_.emptied(sock);
+            if (errno == EAGAIN) {
+                readable_.emptied(sock);
+            }
             return std::nullopt;
         }
         static_cast<void>(waitForSocket(sock, Direction::Read, deadline));

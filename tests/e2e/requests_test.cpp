@@ -33,6 +33,21 @@ TEST_F(RequestsTest, GetOneReplyEachThatEndsWithOneZeroByte) {
     EXPECT_EQ(client.untilEnd(), currentDir() + '\0' + currentDir() + '\0');
 }
 
+TEST_F(RequestsTest, AreAllServedHoweverManyComeAtOnce) {
+    constexpr int many = 5000;  // more than the server receives at once
+    start("log4cpp.priority=NOTICE\n");
+    ClientSocket client = server().connect();
+    std::string requests;
+    std::string replies;
+    for (int i = 0; i < many; ++i) {
+        requests += "currentDir\0"s;
+        replies += currentDir() + '\0';
+    }
+    client.send(requests);
+    client.finishSending();
+    EXPECT_TRUE(client.untilEnd() == replies);
+}
+
 TEST_F(RequestsTest, MayBeSplitAtEveryByte) {
     const std::string request = "makeDir\r\nsome directory\r\n\0"s;
     start("log4cpp.priority=NOTICE\n");

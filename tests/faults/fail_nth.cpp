@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/epoll.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -258,6 +259,16 @@ ssize_t copy_file_range(int from, off64_t* fromOffset, int to, off64_t* toOffset
     return halves() ? next(from, fromOffset, to, toOffset, half(count), flags) : -1;
 }
 
+int epoll_ctl(int queue, int operation, int fd, epoll_event* event) {
+    static const auto next = real<decltype(&epoll_ctl)>("epoll_ctl");
+    return isTheOne("epoll_ctl") ? -1 : next(queue, operation, fd, event);
+}
+
+int epoll_pwait(int queue, epoll_event* events, int room, int timeout, const sigset_t* mask) {
+    static const auto next = real<decltype(&epoll_pwait)>("epoll_pwait");
+    return isTheOne("epoll_pwait") ? -1 : next(queue, events, room, timeout, mask);
+}
+
 int pselect(int count, fd_set* readable, fd_set* writable, fd_set* special, const timespec* timeout,
             const sigset_t* mask) {
     static const auto next = real<decltype(&pselect)>("pselect");
@@ -273,15 +284,6 @@ std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, FILE*
     file->_flags |= streamError;
     errno = plan().error;
     return written;
-}
-
-std::size_t fread(void* bytes, std::size_t size, std::size_t count, FILE* file) {
-    static const auto next = real<decltype(&fread)>("fread");
-    if (!isTheOne("fread")) {
-        return next(bytes, size, count, file);
-    }
-    file->_flags |= streamError;
-    return 0;
 }
 
 int fclose(FILE* file) {

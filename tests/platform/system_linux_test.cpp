@@ -72,31 +72,6 @@ TEST_F(Connections, RaiseNoSignalWhenThePeerIsGone) {
     ::signal(SIGPIPE, previous);
 }
 
-TEST_F(Connections, GiveUpTheBytesThatWereSeen) {
-    const FileDesc client = connect();
-    const FileDesc accepted(platform::acceptConnection(listener, peer));
-    ASSERT_EQ(::send(client, "abcdef", 6, 0), 6);
-    std::array<char, 8> bytes{};
-    ASSERT_EQ(::recv(accepted, bytes.data(), 6, MSG_PEEK | MSG_WAITALL), 6);
-    EXPECT_EQ(platform::discardReceived(accepted, 4), 4);
-    ASSERT_EQ(::recv(accepted, bytes.data(), bytes.size(), 0), 2);
-    EXPECT_EQ(std::string(bytes.data(), 2), "ef");
-}
-
-TEST(SocketPairs, GiveUpTheBytesThatWereSeen) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
-    const FileDesc here(ends[0]);
-    const FileDesc there(ends[1]);
-    const std::string sent = std::string(20'000, 'x') + "ef";
-    ASSERT_EQ(::send(there, sent.data(), sent.size(), 0), static_cast<ssize_t>(sent.size()));
-    EXPECT_EQ(platform::discardReceived(here, 20'000), 20'000);
-    std::array<char, 8> bytes{};
-    ASSERT_EQ(::recv(here, bytes.data(), bytes.size(), 0), 2);
-    EXPECT_EQ(std::string(bytes.data(), 2), "ef");
-    EXPECT_EQ(platform::discardReceived(here, 5), -1);
-}
-
 TEST(CopyInKernel, StartsAtTheCurrentOffsetsAndTruncatesNothing) {
     const test::ScratchDirectory scratch;
     const FileDesc from(::open(scratch.file("from", "0123456789").c_str(), O_RDONLY));

@@ -55,6 +55,35 @@ TEST_F(ProcessTest, ServesTheClientThatWasAcceptedFirstFirst) {
     EXPECT_EQ(server.commands, Lines{"first"});
 }
 
+TEST_F(ProcessTest, ServesAllRequestsThatCameAtOnceBeforeALaterClient) {
+    test::ClientSocket first = connect();
+    test::ClientSocket second = connect();
+    second.send("shutdown\0"s);
+    first.send("one\0two\0\nthree\0four"s);
+    first.finishSending();
+    server.process();
+    EXPECT_EQ(server.commands, (Lines{"one", "two", "three"}));
+    EXPECT_EQ(first.reply(), "one!");
+}
+
+TEST_F(ProcessTest, ComesBackToAClientWhoseBytesFilledTheBuffer) {
+    constexpr std::size_t received = std::size_t{16} * 1024;
+    test::ClientSocket client = connect();
+    client.send("a\n"s + std::string(received - 3, 'x') + '\0');  // nothing is left in the socket
+    client.send("b\0"s);
+    client.send("c\n"s + std::string(received - 3, 'x') + '\0');
+    client.send("shutdown\0"s);
+    server.process();
+    EXPECT_EQ(server.commands, (Lines{"a", "b", "c"}));
+}
+
+TEST_F(ProcessTest, DoesNotWaitForAClientThatHasSentNothing) {
+    test::ClientSocket silent = connect();
+    EXPECT_TRUE(server.processClient(accepted()));
+    EXPECT_EQ(server.clients.size(), 1U);
+    EXPECT_FALSE(silent.hasSomething());
+}
+
 TEST_F(ProcessTest, AcceptsOnlyWhenNoClientIsReady) {
     test::ClientSocket busy = connect();
     busy.send("one\0two\0"s);
