@@ -19,6 +19,7 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::minutes foreignWarningPeriod{1};
+constexpr std::string_view shutdownCommand = "shutdown";
 
 log4cpp::Category& clientLog() {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process.client");
@@ -103,7 +104,7 @@ bool Server::serveRequest(int sock) {
         }
         return true;
     }
-    if (*cmd == "shutdown" && isAllowed(*cmd)) {
+    if (*cmd == shutdownCommand && isAllowed(*cmd)) {
         clientLog().info("SHUTDOWN command was received");
         return false;
     }
