@@ -11,6 +11,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+bool fitsInSet(int sock) { return sock >= 0 && sock < FD_SETSIZE; }
+
 bool isEqual(const fd_set& a, const fd_set& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
 }  // namespace
@@ -82,6 +84,9 @@ int ReadableSockets::waitForEvents(const Deadline& deadline) {
 }
 
 void ReadableSockets::emptied(int sock) {
+    if (!fitsInSet(sock)) {
+        return;
+    }
     if (FD_ISSET(sock, &more_)) {
         askAgain(sock);
     } else {
@@ -90,6 +95,9 @@ void ReadableSockets::emptied(int sock) {
 }
 
 void ReadableSockets::askAgain(int sock) {
+    if (!fitsInSet(sock)) {
+        return;
+    }
     remove(sock);
     FD_CLR(sock, &more_);
     if (FD_ISSET(sock, &watched_) && !queue_.askAgain(sock)) {
@@ -98,6 +106,9 @@ void ReadableSockets::askAgain(int sock) {
 }
 
 void ReadableSockets::forget(int sock) {
+    if (!fitsInSet(sock)) {
+        return;
+    }
     FD_CLR(sock, &watched_);
     remove(sock);
     FD_CLR(sock, &more_);

@@ -25,6 +25,8 @@ class ReadableSockets {
     /// emptied since.
     const fd_set& found() const { return readable_; }
 
+    // A number that no descriptor in a set can have is left alone by the three.
+
     /// To be called when a receive took all that was there, or found nothing.
     void emptied(int sock);
     /// To be called when something was taken from a socket and it is not known whether more is
