@@ -46,7 +46,7 @@ class EventQueue {
              std::vector<SocketEvent>& events);
 
   private:
-    int queue_ = -1;
+    [[maybe_unused]] int queue_ = -1;  // macOS has no use for it
 };
 
 }  // namespace corvane::platform

@@ -53,7 +53,9 @@ int EventQueue::wait(std::optional<std::chrono::milliseconds> limit, const sigse
         count = ::epoll_pwait(queue_, listed.data(), room, timeout, mask);
         for (int i = 0; i < count; ++i) {
             const epoll_event& event = listed[static_cast<std::size_t>(i)];
-            events.push_back({event.data.fd, event.events != EPOLLIN});
+            if (event.events != EPOLLPRI) {  // an urgent byte alone cannot be received
+                events.push_back({event.data.fd, event.events != EPOLLIN});
+            }
         }
         timeout = 0;
     } while (count == room);  // the others as well: which comes first is for the caller to say

@@ -105,6 +105,25 @@ TEST_P(ReadableSocketsTest, AreFoundWhenTheEndCameTogetherWithTheBytes) {
     EXPECT_EQ(receive(sock), 0);
 }
 
+TEST_P(ReadableSocketsTest, AreNotFoundForAnUrgentByteAloneButForWhatFollowsIt) {
+    test::ClientSocket client = connect();
+    const int sock = accepted();
+    client.sendUrgent('u');
+    ASSERT_TRUE(test::waitUntil([sock] {
+        pollfd state{sock, POLLPRI, 0};
+        return ::poll(&state, 1, 0) == 1;
+    }));
+    EXPECT_EQ(found({sock}), Sockets());
+    client.send("bytes");
+    client.sendUrgent('v');
+    client.send("more");
+    ASSERT_TRUE(willBeReadable(sock));
+    EXPECT_EQ(found({sock}), Sockets{sock});
+    EXPECT_LT(receive(sock), 9) << "the urgent byte parts them";
+    EXPECT_EQ(wait({sock}, std::nullopt), 1);
+    EXPECT_GT(receive(sock), 0);
+}
+
 TEST_P(ReadableSocketsTest, AreFoundAfterAReset) {
     test::ClientSocket client = connect();
     const int sock = accepted();

@@ -78,6 +78,12 @@ void ClientSocket::send(std::string_view bytes) {
     }
 }
 
+void ClientSocket::sendUrgent(char byte) {
+    if (::send(number_, &byte, 1, MSG_OOB) != 1) {
+        fail("cannot send out of band");
+    }
+}
+
 bool ClientSocket::trySend(std::string_view bytes) {
     while (!bytes.empty()) {
         const std::size_t sent = sendWithoutWaiting(bytes);

@@ -23,7 +23,9 @@ class ClientSocket {
 
     /// Sends all bytes.
     void send(std::string_view bytes);
-    /// The same towards a server that may be gone; returns whether everything was taken.
+    /// Sends one byte out of band.
+    void sendUrgent(char byte);
+    /// The same as send() towards a server that may be gone; returns whether everything was taken.
     bool trySend(std::string_view bytes);
     /// Sends what fits into the buffers without waiting; returns how much that was.
     std::size_t sendWithoutWaiting(std::string_view bytes);
