@@ -84,6 +84,8 @@ class CorvaneServer : public Server {
                              Measure measure);
 
     ReplyDocument reply_;
+    /// Nothing in it matters but its memory, which cmdReadText() uses again.
+    std::string text_;
 };
 
 /// What a command does to the machine. Before anything but Reads all pending log lines are written;

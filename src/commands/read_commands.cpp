@@ -28,6 +28,8 @@ namespace {
 
 using log4cpp::Category;
 
+// The memory of a text up to this size is used again for the next one.
+constexpr std::size_t keptText = std::size_t{256} * 1024;
 constexpr std::size_t blockSize = std::size_t{128} * 1024;
 
 void openToRead(CommandFile& file, const std::string& name, const CommandLog& log) {
@@ -75,28 +77,25 @@ int byteAt(const CommandFile& file, int offset, const std::string& name) {
     }
 }
 
-struct EscapedText {
-    std::string text;
+// Reads the rest of a file, escaped, into `text`. Returns the number of bytes read.
+std::size_t readEscaped(const CommandFile& file, const std::string& name, std::string& text) {
     std::size_t bytesRead = 0;
-};
-
-EscapedText readEscaped(const CommandFile& file, const std::string& name) {
-    EscapedText result;
     std::array<char, blockSize> block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
     try {
         // Some room for entities, so that ordinary text never makes the string grow.
-        result.text.reserve(file.size() + file.size() / 16);
+        text.clear();
+        text.reserve(file.size() + file.size() / 16);
         while (true) {
             const ssize_t count = readBlock(file, block);
             if (count == -1) {
                 throw IOException(format("read error on file '%s'", name.c_str()), readFailed);
             }
-            const std::string_view text(block.data(), static_cast<std::size_t>(count));
-            appendEscaped(text, result.text);
-            result.bytesRead += text.size();
-            const bool isWhole = text.size() < block.size() && result.bytesRead == file.size();
-            if (text.empty() || isWhole) {
-                return result;
+            const std::string_view bytes(block.data(), static_cast<std::size_t>(count));
+            appendEscaped(bytes, text);
+            bytesRead += bytes.size();
+            const bool isWhole = bytes.size() < block.size() && bytesRead == file.size();
+            if (bytes.empty() || isWhole) {
+                return bytesRead;
             }
         }
     } catch (const std::bad_alloc&) {
@@ -135,11 +134,14 @@ void CorvaneServer::cmdReadText(int sock, const std::string& cmd, std::istream& 
         sock, cmd, "",
         [&] {
             openToRead(file, name, log);
-            EscapedText content = readEscaped(file, name);
-            log.debug(": read %ld bytes from file '%s'", static_cast<long>(content.bytesRead),
+            CorvaneDetail detail("text", std::move(text_), true);
+            const std::size_t bytesRead = readEscaped(file, name, detail.value);
+            log.debug(": read %ld bytes from file '%s'", static_cast<long>(bytesRead),
                       name.c_str());
-            const CorvaneDetail detail("text", std::move(content.text), true);
             sendResult(sock, cmd, true, std::span(&detail, 1), "");
+            if (detail.value.capacity() <= keptText) {
+                text_ = std::move(detail.value);
+            }
         },
         [&log](const Exception& e) { log.failure(e); });
 }
