@@ -42,6 +42,7 @@ void ReplyDocument::appendText(std::string_view text) {
 }
 
 std::span<const std::string_view> ReplyDocument::pieces() {
+    buffer_.append(std::string_view("\0", 1));
     pieces_.clear();
     std::size_t from = 0;
     for (const LargeText& large : large_) {

@@ -32,7 +32,7 @@ class ReplyDocument {
     /// sent, since a large text in it is not copied.
     void append(const CorvaneDetail& detail);
 
-    /// The document in order; valid until the next change.
+    /// Ends the document with a zero byte. Returns its pieces in order, valid until clear().
     std::span<const std::string_view> pieces();
 
   private:

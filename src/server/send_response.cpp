@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -16,9 +15,6 @@
 namespace corvane {
 namespace {
 
-// A reply in one piece and below this size is copied together with its zero byte: one block costs
-// less to send than two.
-constexpr std::size_t shortReply = 2048;
 constexpr char zeroByte = '\0';
 constexpr std::string_view terminator(&zeroByte, 1);
 
@@ -72,15 +68,8 @@ void sendAll(int sock, std::span<iovec> pieces, int limit) {
 
 }  // namespace
 
-void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
+void Server::sendTerminated(int sock, std::span<const std::string_view> pieces) {
     flushLog();
-    if (pieces.size() == 1 && pieces.front().size() < shortReply) {
-        std::array<char, shortReply> block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-        *std::copy(pieces.front().begin(), pieces.front().end(), block.begin()) = zeroByte;
-        iovec whole{block.data(), pieces.front().size() + 1};
-        sendAll(sock, std::span(&whole, 1), requestTimeout);
-        return;
-    }
     sendParts_.clear();
     std::size_t size = 0;
     for (const std::string_view text : pieces) {
@@ -90,14 +79,13 @@ void Server::sendResponse(int sock, std::span<const std::string_view> pieces) {
     if (size > largeSize) {
         expectFreedMemory();
     }
-    sendParts_.push_back(piece(terminator));
     sendAll(sock, sendParts_, requestTimeout);
 }
 
 void Server::sendResponse(int sock, const char* data, int length) {
-    const std::array<std::string_view, 1> pieces{
-        std::string_view(data, static_cast<std::size_t>(length))};
-    sendResponse(sock, pieces);
+    const std::array<std::string_view, 2> pieces{
+        std::string_view(data, static_cast<std::size_t>(length)), terminator};
+    sendTerminated(sock, pieces);
 }
 
 void checkSendError(int sock, long sendResult) {

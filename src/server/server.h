@@ -68,8 +68,8 @@ class Server {
     /// Sends the reply text and its terminating zero byte in one piece. Waits while the client does
     /// not read. Throws SocketClosedException and SocketException.
     void sendResponse(int sock, const char* data, int length);
-    /// The same for a text in several pieces; no large piece is copied.
-    void sendResponse(int sock, std::span<const std::string_view> pieces);
+    /// The same for a text in several pieces, the last of which ends with the zero byte.
+    void sendTerminated(int sock, std::span<const std::string_view> pieces);
 
     /// Sets every descriptor of `socks`; returns the largest, 0 for none.
     static int addSocketsToFdSet(fd_set& set, const std::vector<int>& socks);

@@ -26,8 +26,8 @@ TEST_F(SendResponseTest, EndsAReplyWithExactlyOneZeroByte) {
 
 TEST_F(SendResponseTest, JoinsPieces) {
     test::ClientSocket client = connect();
-    const std::array<std::string_view, 4> pieces{"a", "", "bc", "d"};
-    server.sendResponse(accepted(), pieces);
+    const std::array<std::string_view, 4> pieces{"a", "", "bc", std::string_view("d\0", 2)};
+    server.sendTerminated(accepted(), pieces);
     EXPECT_EQ(client.reply(), "abcd");
 }
 
