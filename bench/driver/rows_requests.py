@@ -4,7 +4,7 @@ measured is work and not the wake-up of an idle core."""
 from contextlib import contextmanager
 
 import machine
-from measure import Check, Figure, Generator, measure, take
+from measure import Check, Figure, Generator, measure, measure_restarting, take
 from servers import require_equal_replies, running
 from test_data import directory_of, text_file
 
@@ -33,11 +33,9 @@ def one_client(shop, settings):
                    checks),
         ]
 
-    with against_the_loop(shop) as servers:
-        return measure(settings, {
-            name: lambda s=server: generator.with_cpu(s, s.ping, settings.requests)
-            for name, server in servers.items()
-        }, figures)
+    return measure_restarting(
+        settings, lambda: against_the_loop(shop),
+        lambda server: generator.with_cpu(server, server.ping, settings.requests), figures)
 
 
 def fifty_clients(shop, settings):
@@ -47,12 +45,10 @@ def fifty_clients(shop, settings):
         return [Figure("P2", "currentDir, 50 clients, NOTICE", "1/s", take(samples, "per_second"),
                        [Check(0.92, ("floor",), at_least=True)])]
 
-    with against_the_loop(shop) as servers:
-        return measure(settings, {
-            name: lambda s=server: generator.run("requests", s, requests=settings.requests,
-                                                 connections=50, warmup=settings.requests // 10)
-            for name, server in servers.items()
-        }, figures)
+    return measure_restarting(
+        settings, lambda: against_the_loop(shop),
+        lambda server: generator.run("requests", server, requests=settings.requests,
+                                     connections=50, warmup=settings.requests // 10), figures)
 
 
 def with_debug_log(shop, settings):
@@ -90,11 +86,9 @@ def churn(shop, settings):
                        take(samples, "p50_us"),
                        [Check(1.08, ("floor",)), Check(1.00, ("redis",))])]
 
-    with against_the_loop(shop) as servers:
-        return measure(settings, {
-            name: lambda s=server: generator.run("churn", s, requests=requests, warmup=100)
-            for name, server in servers.items()
-        }, figures)
+    return measure_restarting(
+        settings, lambda: against_the_loop(shop),
+        lambda server: generator.run("churn", server, requests=requests, warmup=100), figures)
 
 
 def against_peers(shop, settings):
@@ -108,18 +102,21 @@ def against_peers(shop, settings):
         ("readText of 1 KiB", "requests", read_text, settings.requests // 2, 0.50),
         ("listDir of 100 entries", "requests", list_dir, settings.count(2000), 0.50),
     ]
+
+    def start():
+        return running(shop.corvane(CORE), shop.node(CORE), shop.asyncio(CORE))
+
     result = []
-    with running(shop.corvane(CORE), shop.node(CORE), shop.asyncio(CORE)) as servers:
-        for work, mode, request, requests, limit in cases:
+    for work, mode, request, requests, limit in cases:
+        with start() as servers:
             require_equal_replies(servers.values(), request)
 
-            def figures(samples, work=work, limit=limit):
-                return [Figure("P10", f"{work}, NOTICE: p50", "us", take(samples, "p50_us"),
-                               [Check(limit, ("Node", "asyncio"))])]
+        def figures(samples, work=work, limit=limit):
+            return [Figure("P10", f"{work}, NOTICE: p50", "us", take(samples, "p50_us"),
+                           [Check(limit, ("Node", "asyncio"))])]
 
-            result += measure(settings, {
-                name: lambda s=server, m=mode, r=request, n=requests:
-                    generator.run(m, s, r, requests=n, warmup=n // 10)
-                for name, server in servers.items()
-            }, figures)
+        def run(server, mode=mode, request=request, requests=requests):
+            return generator.run(mode, server, request, requests=requests, warmup=requests // 10)
+
+        result += measure_restarting(settings, start, run, figures)
     return result
