@@ -28,8 +28,9 @@ class EventQueue {
     EventQueue(EventQueue&&) = delete;
     EventQueue& operator=(EventQueue&&) = delete;
 
-    /// Opens the queue, unless it is open. Where that fails, so does everything else.
-    void open();
+    /// Opens the queue for a process that keeps `signals` blocked: wait() ends when one of them is
+    /// pending. Does nothing when it is open; where it fails, so does everything else.
+    void open(const sigset_t& signals);
     /// Lists a socket once each time that something arrives in it, and now if something is there
     /// already. Returns false, with errno, when that cannot be done.
     bool watch(int sock);
@@ -39,14 +40,15 @@ class EventQueue {
     /// No longer lists a socket. One that is closed needs no such call.
     void ignore(int sock);
 
-    /// Waits until a socket is listed, with the signal mask `mask` unless it is null, for at most
-    /// `limit`, and fills `events` with all that are listed. They may be out of date. Returns how
-    /// many they are, or -1 with errno, EINTR after a signal.
-    int wait(std::optional<std::chrono::milliseconds> limit, const sigset_t* mask,
-             std::vector<SocketEvent>& events);
+    /// Waits until a socket is listed, for at most `limit`, and fills `events` with all that are
+    /// listed. They may be out of date. Returns how many they are, or -1 with errno: EINTR when a
+    /// signal is pending or was handled. `events` is filled then as well.
+    int wait(std::optional<std::chrono::milliseconds> limit, std::vector<SocketEvent>& events);
 
   private:
-    [[maybe_unused]] int queue_ = -1;  // macOS has no use for it
+    // macOS has no use for them.
+    [[maybe_unused]] int queue_ = -1;
+    [[maybe_unused]] int signals_ = -1;
 };
 
 }  // namespace corvane::platform

@@ -1,4 +1,5 @@
 #include <sys/epoll.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -6,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "platform/event_queue.h"
 
@@ -19,17 +21,30 @@ bool control(int queue, int operation, int sock) {
     return ::epoll_ctl(queue, operation, sock, &wanted) == 0;
 }
 
-}  // namespace
-
-EventQueue::~EventQueue() {
-    if (queue_ != -1) {
-        ::close(queue_);
+void closeIfOpen(int fd) {
+    if (fd != -1) {
+        ::close(fd);
     }
 }
 
-void EventQueue::open() {
-    if (queue_ == -1) {
-        queue_ = ::epoll_create1(EPOLL_CLOEXEC);
+}  // namespace
+
+EventQueue::~EventQueue() {
+    closeIfOpen(signals_);
+    closeIfOpen(queue_);
+}
+
+void EventQueue::open(const sigset_t& signals) {
+    if (queue_ != -1) {
+        return;
+    }
+    queue_ = ::epoll_create1(EPOLL_CLOEXEC);
+    signals_ = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    epoll_event pending{};
+    pending.events = EPOLLIN;  // as long as a signal is pending, not only once
+    pending.data.fd = signals_;
+    if (::epoll_ctl(queue_, EPOLL_CTL_ADD, signals_, &pending) != 0) {
+        closeIfOpen(std::exchange(queue_, -1));
     }
 }
 
@@ -41,24 +56,31 @@ bool EventQueue::askAgain(int sock) { return control(queue_, EPOLL_CTL_MOD, sock
 
 void EventQueue::ignore(int sock) { ::epoll_ctl(queue_, EPOLL_CTL_DEL, sock, nullptr); }
 
-int EventQueue::wait(std::optional<std::chrono::milliseconds> limit, const sigset_t* mask,
+int EventQueue::wait(std::optional<std::chrono::milliseconds> limit,
                      std::vector<SocketEvent>& events) {
     constexpr std::int64_t longest = std::numeric_limits<int>::max();
     int timeout = limit ? static_cast<int>(std::min<std::int64_t>(limit->count(), longest)) : -1;
     std::array<epoll_event, 32> listed;  // NOLINT(cppcoreguidelines-pro-type-member-init)
     constexpr auto room = static_cast<int>(listed.size());
     events.clear();
+    bool isSignalPending = false;
     int count = 0;
     do {
-        count = ::epoll_pwait(queue_, listed.data(), room, timeout, mask);
+        count = ::epoll_wait(queue_, listed.data(), room, timeout);
         for (int i = 0; i < count; ++i) {
             const epoll_event& event = listed[static_cast<std::size_t>(i)];
-            if (event.events != EPOLLPRI) {  // an urgent byte alone cannot be received
+            if (event.data.fd == signals_) {
+                isSignalPending = true;
+            } else if (event.events != EPOLLPRI) {  // an urgent byte alone cannot be received
                 events.push_back({event.data.fd, event.events != EPOLLIN});
             }
         }
         timeout = 0;
     } while (count == room);  // the others as well: which comes first is for the caller to say
+    if (isSignalPending) {
+        errno = EINTR;
+        return -1;
+    }
     return events.empty() ? count : static_cast<int>(events.size());
 }
 

@@ -6,7 +6,7 @@ namespace corvane::platform {
 
 EventQueue::~EventQueue() = default;
 
-void EventQueue::open() {}
+void EventQueue::open(const sigset_t& /*signals*/) {}
 
 bool EventQueue::watch(int /*sock*/) {
     errno = ENOSYS;
@@ -20,7 +20,7 @@ bool EventQueue::askAgain(int /*sock*/) {
 
 void EventQueue::ignore(int /*sock*/) {}
 
-int EventQueue::wait(std::optional<std::chrono::milliseconds> /*limit*/, const sigset_t* /*mask*/,
+int EventQueue::wait(std::optional<std::chrono::milliseconds> /*limit*/,
                      std::vector<SocketEvent>& /*events*/) {
     errno = ENOSYS;
     return -1;

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstring>
 
+#include "text/log.h"
+
 namespace corvane {
 namespace {
 
@@ -60,18 +62,12 @@ bool ReadableSockets::watchOnly(int nfds, const fd_set& watched) {
 }
 
 int ReadableSockets::waitForEvents(const Deadline& deadline) {
-    if (prepareToWait()) {
-        errno = EINTR;
-        return -1;
-    }
+    flushLog();
     std::optional<milliseconds> limit;
     if (deadline) {
         limit = std::chrono::ceil<milliseconds>(timeUntil(*deadline));
     }
-    const int count = queue_.wait(limit, waitMask(), events_);
-    if (count == -1) {
-        return -1;
-    }
+    const int count = queue_.wait(limit, events_);
     for (const auto [sock, hasMore] : events_) {
         if (FD_ISSET(sock, &watched_)) {
             add(sock);
@@ -79,6 +75,12 @@ int ReadableSockets::waitForEvents(const Deadline& deadline) {
                 FD_SET(sock, &more_);
             }
         }
+    }
+    if (count == -1) {
+        const int error = errno;
+        deliverPendingSignals();
+        errno = error;
+        return -1;
     }
     return readableCount_ == 0 ? 0 : 1;
 }

@@ -13,8 +13,9 @@ namespace corvane {
 
 class ReadableSockets {
   public:
-    /// Takes the descriptor that waiting needs, if need be; without it waiting is only slower.
-    void prepare() { queue_.open(); }
+    /// Takes the descriptors that waiting uses; without them it is only slower. Signals have to be
+    /// held by then.
+    void prepare() { queue_.open(heldSignals()); }
 
     /// Waits until one of the `watched` sockets, all below `nfds`, is readable; not at all when one
     /// is still known to be. Lets signals in, and writes pending log lines before. Returns 1; 0

@@ -21,7 +21,7 @@ sigset_t insideWaits;
 bool signalsHeld = false;
 volatile std::sig_atomic_t stopWanted = 0;
 
-constexpr std::initializer_list<int> heldSignals = {SIGTERM, SIGINT, SIGCHLD};
+constexpr std::initializer_list<int> signalNumbers = {SIGTERM, SIGINT, SIGCHLD};
 
 // pselect does not let signals in when a socket is ready at once, as under steady load; asking for
 // them before every wait would cost a system call a request.
@@ -38,17 +38,24 @@ bool deliverSignalsNowAndThen() {
 }  // namespace
 
 void deliverSignalsOnlyInWaits() {
-    sigset_t held;
-    sigemptyset(&held);
-    for (const int sig : heldSignals) {
-        sigaddset(&held, sig);
-    }
-    ::sigprocmask(SIG_BLOCK, &held, &insideWaits);
+    ::sigprocmask(SIG_BLOCK, &heldSignals(), &insideWaits);
     // A parent may have left them blocked; the server must be stoppable all the same.
-    for (const int sig : heldSignals) {
+    for (const int sig : signalNumbers) {
         sigdelset(&insideWaits, sig);
     }
     signalsHeld = true;
+}
+
+const sigset_t& heldSignals() {
+    static const sigset_t signals = [] {
+        sigset_t set;
+        sigemptyset(&set);
+        for (const int sig : signalNumbers) {
+            sigaddset(&set, sig);
+        }
+        return set;
+    }();
+    return signals;
 }
 
 const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
@@ -56,7 +63,7 @@ const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
 bool deliverPendingSignals() {
     sigset_t pending;
     if (!signalsHeld || ::sigpending(&pending) != 0 ||
-        std::none_of(heldSignals.begin(), heldSignals.end(),
+        std::none_of(signalNumbers.begin(), signalNumbers.end(),
                      [&pending](int sig) { return sigismember(&pending, sig) == 1; })) {
         return false;
     }
@@ -74,18 +81,14 @@ Deadline deadlineAfter(int secondsAway) {
     return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
 }
 
-bool prepareToWait() {
-    flushLog();
-    return deliverSignalsNowAndThen();
-}
-
 nanoseconds timeUntil(steady_clock::time_point deadline) {
     return std::max(nanoseconds::zero(),
                     duration_cast<nanoseconds>(deadline - steady_clock::now()));
 }
 
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
-    if (prepareToWait()) {
+    flushLog();
+    if (deliverSignalsNowAndThen()) {
         errno = EINTR;
         return -1;
     }

@@ -19,6 +19,9 @@ void deliverSignalsOnlyInWaits();
 /// deliverSignalsOnlyInWaits().
 const sigset_t* waitMask();
 
+/// The three signals.
+const sigset_t& heldSignals();
+
 /// Runs the handlers of signals that have arrived meanwhile; returns whether there were any. For
 /// work that goes on for long without a wait, at a point where its sockets may be closed.
 bool deliverPendingSignals();
@@ -33,15 +36,10 @@ using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 /// The deadline that is `seconds` away; none for 0.
 Deadline deadlineAfter(int seconds);
 
-/// To be called before every wait: writes the pending log lines, and runs the handlers of signals
-/// every few milliseconds even when no wait lets them in because a socket is always ready. Returns
-/// whether there were any; the wait is over then.
-bool prepareToWait();
-
 /// The time until a deadline; 0 when it has passed.
 std::chrono::nanoseconds timeUntil(std::chrono::steady_clock::time_point deadline);
 
-/// pselect(2) with signals let in, after prepareToWait(). Without a deadline it
+/// pselect(2) with signals let in, after the pending log lines were written. Without a deadline it
 /// waits for ever. Returns what pselect returns; -1 with EINTR after a signal.
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline);
 

@@ -65,7 +65,7 @@ TEST_F(ShortageTest, OfDescriptorsDoesNotKeepTheInactivityTimeFromPassing) {
     startWith({.configuration = "log4cpp.priority=NOTICE\nINACTIVITY=1\n",
                .prepare = [] { limitDescriptors(fewDescriptors); }});
     std::vector<ClientSocket> clients;
-    for (rlim_t i = 0; i + 7 < fewDescriptors; ++i) {
+    for (rlim_t i = 0; i + 8 < fewDescriptors; ++i) {
         clients.push_back(server().connect());
     }
     EXPECT_EQ(server().wait(), 0);

@@ -264,9 +264,9 @@ int epoll_ctl(int queue, int operation, int fd, epoll_event* event) {
     return isTheOne("epoll_ctl") ? -1 : next(queue, operation, fd, event);
 }
 
-int epoll_pwait(int queue, epoll_event* events, int room, int timeout, const sigset_t* mask) {
-    static const auto next = real<decltype(&epoll_pwait)>("epoll_pwait");
-    return isTheOne("epoll_pwait") ? -1 : next(queue, events, room, timeout, mask);
+int epoll_wait(int queue, epoll_event* events, int room, int timeout) {
+    static const auto next = real<decltype(&epoll_wait)>("epoll_wait");
+    return isTheOne("epoll_wait") ? -1 : next(queue, events, room, timeout);
 }
 
 int pselect(int count, fd_set* readable, fd_set* writable, fd_set* special, const timespec* timeout,

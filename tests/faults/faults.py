@@ -48,7 +48,7 @@ ERRORS = {
     "close": [errno.EIO],
     "copy_file_range": [errno.ENOSPC, errno.EXDEV, HALF],
     "epoll_ctl": [errno.ENOSPC, errno.ENOMEM],
-    "epoll_pwait": [errno.ENOMEM, errno.EINTR],
+    "epoll_wait": [errno.ENOMEM, errno.EINTR],
     "fclose": [errno.ENOSPC],
     "fcntl": [errno.EMFILE],
     "fdopendir": [errno.ENOMEM],
