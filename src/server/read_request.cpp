@@ -11,18 +11,16 @@
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
+#include "text/find_byte.h"
 #include "text/log.h"
 #include "text/strings.h"
 
 namespace corvane {
 namespace {
 
-constexpr std::size_t firstBlock = std::size_t{16} * 1024;
-constexpr std::size_t laterBlock = std::size_t{1024} * 1024;
-std::size_t blockSize(std::size_t alreadyReceived) {
-    return alreadyReceived == 0 ? firstBlock : laterBlock;
-}
-
+// Received at a time. With larger blocks the server empties the socket faster than a client fills
+// it, and sleeps and wakes between two of them.
+constexpr std::size_t blockSize = std::size_t{32} * 1024;
 constexpr std::size_t parameterBuffer = 1024;
 
 log4cpp::Category& requestLog() {
@@ -31,20 +29,9 @@ log4cpp::Category& requestLog() {
     return log;
 }
 
-// The place of the first 0x00 or 0x01, or the size when there is none. It looks at one slice after
-// the other: many short requests that came together are not all searched for the sake of the first.
-std::size_t findTerminator(std::string_view bytes) {
-    constexpr std::size_t slice = std::size_t{4} * 1024;
-    for (std::size_t from = 0; from < bytes.size(); from += slice) {
-        const std::string_view part = bytes.substr(from, slice);
-        const std::size_t end = std::min(part.find('\0'), part.size());
-        if (const std::size_t first = std::min(part.substr(0, end).find('\x01'), end);
-            first < part.size()) {
-            return from + first;
-        }
-    }
-    return bytes.size();
-}
+bool isTerminator(char c) { return c == '\0' || c == '\x01'; }
+
+ByteVector terminatorsAmong(ByteVector bytes) { return equals(bytes & 0xFE, '\0'); }
 
 bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
 
@@ -93,7 +80,7 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
             return Received::End;
         }
         const bool onlyLineEnd = before == 0 && isLineEnd(bytes.front());
-        const std::size_t end = onlyLineEnd ? 0 : findTerminator(bytes);
+        const std::size_t end = onlyLineEnd ? 0 : findByte(bytes, terminatorsAmong, isTerminator);
         const bool complete = end < bytes.size();
         const std::size_t taken = complete ? end + 1 : end;
         logBytes(bytes.substr(0, taken));
@@ -101,7 +88,7 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
             out.commit(end);
             if (taken < bytes.size()) {
                 surplus_.keep(sock, bytes.substr(taken));
-            } else if (complete && taken < blockSize(before)) {
+            } else if (complete && taken < blockSize) {
                 readable_.emptied(sock);
             }
         } else {
@@ -135,7 +122,6 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
 // begun, its next bytes are waited for.
 std::optional<std::size_t> Server::receive(int sock, ByteBuffer& out, const Deadline& deadline) {
     const bool hasBegun = out.size() > 0;
-    const std::size_t block = blockSize(out.size());
     if (hasBegun) {
         deliverPendingSignals();  // a client that sends without a pause lets no wait happen
     }
@@ -143,7 +129,7 @@ std::optional<std::size_t> Server::receive(int sock, ByteBuffer& out, const Dead
         if (deadline && std::chrono::steady_clock::now() >= *deadline) {
             throw Exception(format("request is not complete after %d s", requestTimeout));
         }
-        const ssize_t received = ::recv(sock, out.room(block), block, MSG_DONTWAIT);
+        const ssize_t received = ::recv(sock, out.room(blockSize), blockSize, MSG_DONTWAIT);
         if (received > 0) {
             return static_cast<std::size_t>(received);
         }

@@ -67,7 +67,7 @@ TEST_F(ProcessTest, ServesAllRequestsThatCameAtOnceBeforeALaterClient) {
 }
 
 TEST_F(ProcessTest, ComesBackToAClientWhoseBytesFilledTheBuffer) {
-    constexpr std::size_t received = std::size_t{16} * 1024;
+    constexpr std::size_t received = std::size_t{32} * 1024;
     test::ClientSocket client = connect();
     client.send("a\n"s + std::string(received - 3, 'x') + '\0');  // nothing is left in the socket
     client.send("b\0"s);

@@ -63,6 +63,17 @@ TEST_F(ReadRequestTest, ConsumesOneLineEndAtTheBeginning) {
     EXPECT_EQ(read(), "userDir");
 }
 
+TEST_F(ReadRequestTest, KeepsEveryByteButTheTwoTerminators) {
+    std::string bytes;
+    for (int value = 2; value < 256; ++value) {
+        bytes += static_cast<char>(value);
+    }
+    test::ClientSocket client = connect();
+    client.send(bytes + '\1' + bytes + '\0');
+    EXPECT_EQ(read(), bytes);
+    EXPECT_EQ(read(), bytes);
+}
+
 TEST_F(ReadRequestTest, KeepsLineEndsInside) {
     test::ClientSocket client = connect();
     client.send("a\n\n\r\r\n\0"s);
@@ -92,7 +103,7 @@ TEST_F(ReadRequestTest, HasNoLimitOfItsSize) {
 TEST_F(ReadRequestTest, LetsSignalsInEvenWhenNothingHasToBeWaitedFor) {
     const HeldSignals signals;
     test::ClientSocket client = connect();
-    client.send(std::string(100'000, 'x') + '\0');  // more than the first look ahead
+    client.send(std::string(100'000, 'x') + '\0');  // more than is received at once
     ASSERT_EQ(::raise(SIGCHLD), 0);
     read();
     EXPECT_EQ(signals.handled(), 1);
