@@ -102,11 +102,12 @@ def measure_restarting(settings, start, run, figures_of):
     `start()` is a context with {contender: server}; `run(server)` returns {metric: value}.
     """
     samples = {}
+    names = []
     rounds = -(-settings.rounds // STARTS)
     for _ in range(MOST_REPEATS):
         for _ in range(STARTS):
             with start() as servers:
-                names = list(servers)
+                names = names or list(servers)
                 for name in names:
                     run(servers[name])
                 for _ in range(rounds):

@@ -20,7 +20,7 @@ void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
         reply_.append(detail);
     }
     reply_.write("</Header></CorvaneMsg>");
-    sendTerminated(sock, reply_.pieces());
+    sendTerminated(sock, reply_.finish());
     reply_.clear();
 }
 

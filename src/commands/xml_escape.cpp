@@ -33,8 +33,8 @@ const char* entityName(char c) {
 // Two pairs of the special characters differ in one bit each and are compared as one: '&' and '\''
 // in the lowest, '<' and '>' in the second.
 ByteVector specialAmong(ByteVector bytes) {
-    return equals(bytes | 1, '\'') | equals(bytes | 2, '>') | equals(bytes, '"') |
-           equals(bytes, '\0');
+    return bytesEqual(bytes | 1, '\'') | bytesEqual(bytes | 2, '>') | bytesEqual(bytes, '"') |
+           bytesEqual(bytes, '\0');
 }
 
 // Hands `plain` the runs that stay as they are and `entity` the names of those between them.

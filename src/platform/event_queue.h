@@ -46,7 +46,7 @@ class EventQueue {
     int wait(std::optional<std::chrono::milliseconds> limit, std::vector<SocketEvent>& events);
 
   private:
-    // macOS has no use for them.
+    // Not used on macOS.
     [[maybe_unused]] int queue_ = -1;
     [[maybe_unused]] int signals_ = -1;
 };

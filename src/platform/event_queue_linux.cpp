@@ -44,6 +44,7 @@ void EventQueue::open(const sigset_t& signals) {
     pending.events = EPOLLIN;  // as long as a signal is pending, not only once
     pending.data.fd = signals_;
     if (::epoll_ctl(queue_, EPOLL_CTL_ADD, signals_, &pending) != 0) {
+        closeIfOpen(std::exchange(signals_, -1));
         closeIfOpen(std::exchange(queue_, -1));
     }
 }
@@ -81,7 +82,7 @@ int EventQueue::wait(std::optional<std::chrono::milliseconds> limit,
         errno = EINTR;
         return -1;
     }
-    return events.empty() ? count : static_cast<int>(events.size());
+    return count == -1 && events.empty() ? -1 : static_cast<int>(events.size());
 }
 
 }  // namespace corvane::platform

@@ -18,8 +18,8 @@
 namespace corvane {
 namespace {
 
-// Received at a time. With larger blocks the server empties the socket faster than a client fills
-// it, and sleeps and wakes between two of them.
+// Received at a time; a test fills it exactly. With larger blocks the server empties the socket
+// faster than a client fills it, and sleeps and wakes between two of them.
 constexpr std::size_t blockSize = std::size_t{32} * 1024;
 constexpr std::size_t parameterBuffer = 1024;
 
@@ -31,7 +31,7 @@ log4cpp::Category& requestLog() {
 
 bool isTerminator(char c) { return c == '\0' || c == '\x01'; }
 
-ByteVector terminatorsAmong(ByteVector bytes) { return equals(bytes & 0xFE, '\0'); }
+ByteVector terminatorsAmong(ByteVector bytes) { return bytesEqual(bytes & 0xFE, '\0'); }
 
 bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
 
@@ -81,14 +81,14 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
         }
         const bool onlyLineEnd = before == 0 && isLineEnd(bytes.front());
         const std::size_t end = onlyLineEnd ? 0 : findByte(bytes, terminatorsAmong, isTerminator);
-        const bool complete = end < bytes.size();
-        const std::size_t taken = complete ? end + 1 : end;
+        const bool hasEnd = end < bytes.size();  // its own, or that of a lone line end
+        const std::size_t taken = hasEnd ? end + 1 : end;
         logBytes(bytes.substr(0, taken));
         if (surplus.empty()) {
             out.commit(end);
             if (taken < bytes.size()) {
                 surplus_.keep(sock, bytes.substr(taken));
-            } else if (complete && taken < blockSize) {
+            } else if (hasEnd && taken < blockSize) {
                 readable_.emptied(sock);
             }
         } else {
@@ -105,7 +105,7 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
         if (maxRequest > 0 && out.size() > static_cast<std::size_t>(maxRequest)) {
             throw Exception(format("request is longer than %d bytes", maxRequest));
         }
-        if (complete) {
+        if (hasEnd) {
             if (isLogged(log4cpp::Priority::DEBUG)) {
                 requestLog().debug("request size %d", static_cast<int>(out.size()));
             }

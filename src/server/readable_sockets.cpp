@@ -19,6 +19,11 @@ bool isEqual(const fd_set& a, const fd_set& b) { return std::memcmp(&a, &b, size
 
 }  // namespace
 
+void ReadableSockets::prepare() {
+    events_.reserve(FD_SETSIZE);  // what is listed once must not be lost for want of memory
+    queue_.open(heldSignals());
+}
+
 int ReadableSockets::wait(int nfds, const fd_set& watched, const Deadline& deadline) {
     const bool isQueued = watchOnly(nfds, watched);
     const Deadline until = readableCount_ == 0 ? deadline : steady_clock::time_point();
@@ -78,8 +83,7 @@ int ReadableSockets::waitForEvents(const Deadline& deadline) {
     }
     if (count == -1) {
         const int error = errno;
-        deliverPendingSignals();
-        errno = error;
+        errno = deliverPendingSignals() ? EINTR : error;
         return -1;
     }
     return readableCount_ == 0 ? 0 : 1;

@@ -13,9 +13,10 @@ namespace corvane {
 
 class ReadableSockets {
   public:
-    /// Takes the descriptors that waiting uses; without them it is only slower. Signals have to be
-    /// held by then.
-    void prepare() { queue_.open(heldSignals()); }
+    /// Takes the descriptors that waiting uses; without them it is only slower. To be called after
+    /// deliverSignalsOnlyInWaits(): a wait would end for a signal that is blocked, but not
+    /// delivered.
+    void prepare();
 
     /// Waits until one of the `watched` sockets, all below `nfds`, is readable; not at all when one
     /// is still known to be. Lets signals in, and writes pending log lines before. Returns 1; 0

@@ -50,7 +50,7 @@ void configure(int sock) {
     }
     ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     ::fcntl(sock, F_SETFD, FD_CLOEXEC);
-    // A connection may be gone again between select and accept, which must not block then.
+    // A connection may be gone again between the wait and accept, which must not block then.
     ::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) | O_NONBLOCK);
 }
 

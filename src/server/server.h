@@ -1,8 +1,8 @@
-// A small single-threaded TCP server: it waits for sockets with select, accepts connections, reads
-// one request at a time (text ended by a 0x00 or 0x01 byte) and hands it to processClientCommand(),
-// which a derived class overrides. It stops on the request "shutdown", after a time without
-// activity, when a client disconnects and the configuration asks for it, or when its listeners are
-// closed by deinitServer().
+// A small single-threaded TCP server: it waits for sockets, accepts connections, reads one request
+// at a time (text ended by a 0x00 or 0x01 byte) and hands it to processClientCommand(), which a
+// derived class overrides. It stops on the request "shutdown", after a time without activity, when
+// a client disconnects and the configuration asks for it, or when its listeners are closed by
+// deinitServer().
 #pragma once
 
 #include <sys/select.h>

@@ -23,8 +23,12 @@ volatile std::sig_atomic_t stopWanted = 0;
 
 constexpr std::initializer_list<int> signalNumbers = {SIGTERM, SIGINT, SIGCHLD};
 
-// pselect does not let signals in when a socket is ready at once, as under steady load; asking for
-// them before every wait would cost a system call a request.
+// The signal mask for the inside of a wait; null, which leaves the mask alone, as long as signals
+// are not held.
+const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
+
+// Where there is no event queue: pselect does not let signals in when a socket is ready at once, as
+// under steady load; asking for them before every wait would cost a system call a request.
 bool deliverSignalsNowAndThen() {
     static std::int64_t lastTime = 0;
     const std::int64_t now = platform::coarseMilliseconds();
@@ -57,8 +61,6 @@ const sigset_t& heldSignals() {
     }();
     return signals;
 }
-
-const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
 
 bool deliverPendingSignals() {
     sigset_t pending;

@@ -12,14 +12,11 @@
 
 namespace corvane {
 
-/// Blocks the three signals from now on, except inside the waits of this module.
+/// Blocks the three signals from now on, except inside the waits of this module and after one of
+/// ReadableSockets.
 void deliverSignalsOnlyInWaits();
 
-/// The signal mask for the inside of a wait; null, which leaves the mask alone, before
-/// deliverSignalsOnlyInWaits().
-const sigset_t* waitMask();
-
-/// The three signals.
+/// SIGTERM, SIGINT and SIGCHLD.
 const sigset_t& heldSignals();
 
 /// Runs the handlers of signals that have arrived meanwhile; returns whether there were any. For

@@ -14,11 +14,12 @@ namespace corvane {
 using ByteVector [[gnu::vector_size(16)]] = unsigned char;
 
 /// All bits are set in the bytes that are `c`, none in the others.
-inline ByteVector equals(ByteVector bytes, char c) {
+inline ByteVector bytesEqual(ByteVector bytes, char c) {
     return reinterpret_cast<ByteVector>(bytes == static_cast<unsigned char>(c));
 }
 
-/// Adds to `at` the blocks of so many vectors from there on that hold no wanted byte.
+/// The place, from `at` on, of the first block of so many vectors that holds a wanted byte, or of
+/// the rest that is shorter than a block.
 template <std::size_t vectors, typename AmongVector>
 std::size_t skipBlocks(std::string_view text, std::size_t at, AmongVector among) {
     constexpr std::size_t blockSize = vectors * sizeof(ByteVector);

@@ -140,6 +140,13 @@ TEST_F(ProcessClientTest, RefusesABrowserWithoutRunningWhatItSends) {
                                  ": refused, not an application's request: 'POST / HTTP/1.1'"});
 }
 
+TEST_F(ProcessClientTest, RefusesABrowserThatSendsMuchWithoutResettingItsConnection) {
+    const std::string body(200'000, 'x');  // more than the server receives at once
+    EXPECT_TRUE(handle("POST / HTTP/1.1\r\n\r\n" + body));
+    EXPECT_FALSE(client->wasReset());
+    EXPECT_EQ(client->untilEnd(), "<fatalError cmd='POST / HTTP/1.1'/>\0"s);
+}
+
 TEST_F(ProcessClientTest, WarnsOfBrowsersOnceAMinute) {
     const test::LogCapture log(log4cpp::Priority::WARN);
     for (int i = 0; i < 5; ++i) {

@@ -1,6 +1,7 @@
 #include "server/readable_sockets.h"
 
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -204,6 +205,31 @@ TEST_P(ReadableSocketsTest, LetSignalsInWhileTheyAreWaitedFor) {
     EXPECT_EQ(signals.handled(), 1);
 }
 
+TEST_P(ReadableSocketsTest, AreNotLostWhenASignalEndsTheWait) {
+    constexpr int many = 50;  // more than the queue lists at a time
+    const HeldSignals signals;
+    std::vector<test::ClientSocket> clients;
+    for (int i = 0; i < many; ++i) {
+        clients.push_back(connect());
+        clients.back().send("x");
+    }
+    const Sockets all(server.clients.begin(), server.clients.end());
+    ASSERT_TRUE(std::all_of(all.begin(), all.end(), willBeReadable));
+    ASSERT_EQ(::raise(SIGCHLD), 0);
+    EXPECT_TRUE(test::waitUntil([&] { return wait(all, std::nullopt) == -1; }));
+    EXPECT_EQ(signals.handled(), 1);
+    EXPECT_EQ(found(all), all);
+}
+
+TEST_P(ReadableSocketsTest, LeaveDescriptorsAloneThatFitInNoSet) {
+    for (const int sock : {-1, FD_SETSIZE}) {
+        sockets.emptied(sock);
+        sockets.askAgain(sock);
+        sockets.forget(sock);
+    }
+    EXPECT_EQ(found({}), Sockets());
+}
+
 TEST_P(ReadableSocketsTest, MustBeOpen) {
     const test::ClientSocket client = connect();
     const int closed = ::dup(accepted());
@@ -272,6 +298,33 @@ TEST_P(ReadableSocketsTest, AreThoseThatPollNamesWhateverHappensToThem) {
         }
         ASSERT_FALSE(HasFailure());
     }
+}
+
+TEST(ReadableSockets, AreFoundWithoutTheQueueWhenNoDescriptorIsLeftForIt) {
+    std::array<int, 2> pair{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()), 0);
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const int lowestFree = ::dup(pair[0]);
+    ::close(lowestFree);
+    ReadableSockets sockets;
+    for (const int left : {0, 1}) {
+        const rlimit few{static_cast<rlim_t>(lowestFree + left), limit.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+        sockets.prepare();
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+        const int next = ::dup(pair[0]);
+        EXPECT_EQ(next, lowestFree) << "none is kept";
+        ::close(next);
+    }
+    ASSERT_EQ(::write(pair[1], "x", 1), 1);
+    fd_set watched;
+    FD_ZERO(&watched);
+    FD_SET(pair[0], &watched);
+    EXPECT_EQ(sockets.wait(pair[0] + 1, watched, std::nullopt), 1);
+    EXPECT_TRUE(FD_ISSET(pair[0], &sockets.found()));
+    ::close(pair[0]);
+    ::close(pair[1]);
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutTheQueue, ReadableSocketsTest, testing::Bool(),

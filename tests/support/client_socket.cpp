@@ -142,6 +142,13 @@ bool ClientSocket::receiveMore() {
     return count > 0;
 }
 
+bool ClientSocket::wasReset() {
+    int error = 0;
+    socklen_t length = sizeof error;
+    ::getsockopt(number_, SOL_SOCKET, SO_ERROR, &error, &length);
+    return error != 0;
+}
+
 void ClientSocket::finishSending() { ::shutdown(number_, SHUT_WR); }
 
 void ClientSocket::close() {

@@ -41,6 +41,10 @@ class ClientSocket {
     /// Whether the connection has ended, without bytes before; waits for that.
     bool isEnded() { return untilEnd().empty(); }
 
+    /// Whether the other side has reset the connection, if only after its regular end. Tells it
+    /// once.
+    bool wasReset();
+
     /// Half-closes the connection: the server sees its end, replies still arrive.
     void finishSending();
     void close();

@@ -9,7 +9,8 @@ namespace {
 
 std::size_t findX(std::string_view text) {
     return findByte(
-        text, [](ByteVector bytes) { return equals(bytes, 'x'); }, [](char c) { return c == 'x'; });
+        text, [](ByteVector bytes) { return bytesEqual(bytes, 'x'); },
+        [](char c) { return c == 'x'; });
 }
 
 TEST(FindByte, FindsTheFirstAtEveryPlaceOfATextOfAnyLength) {
