@@ -74,6 +74,19 @@ class ReadableSocketsTest : public ServerFixture, public testing::WithParamInter
         return count;
     }
 
+    /// More sockets than the queue lists at a time, each readable.
+    Sockets connectMany() {
+        constexpr int many = 100;
+        for (int i = 0; i < many; ++i) {
+            clients.push_back(connect());
+            clients.back().send("x");
+        }
+        Sockets all(server.clients.begin(), server.clients.end());
+        EXPECT_TRUE(std::all_of(all.begin(), all.end(), willBeReadable));
+        return all;
+    }
+
+    std::vector<test::ClientSocket> clients;
     ReadableSockets sockets;
 };
 
@@ -178,14 +191,7 @@ TEST_P(ReadableSocketsTest, AreForgottenWhenTheyAreClosed) {
 }
 
 TEST_P(ReadableSocketsTest, AreAllFoundAtOnce) {
-    constexpr int many = 100;
-    std::vector<test::ClientSocket> clients;
-    for (int i = 0; i < many; ++i) {
-        clients.push_back(connect());
-        clients.back().send("x");
-    }
-    const Sockets all(server.clients.begin(), server.clients.end());
-    ASSERT_TRUE(std::all_of(all.begin(), all.end(), willBeReadable));
+    const Sockets all = connectMany();
     EXPECT_EQ(found(all), all);
 }
 
@@ -206,15 +212,8 @@ TEST_P(ReadableSocketsTest, LetSignalsInWhileTheyAreWaitedFor) {
 }
 
 TEST_P(ReadableSocketsTest, AreNotLostWhenASignalEndsTheWait) {
-    constexpr int many = 50;  // more than the queue lists at a time
     const HeldSignals signals;
-    std::vector<test::ClientSocket> clients;
-    for (int i = 0; i < many; ++i) {
-        clients.push_back(connect());
-        clients.back().send("x");
-    }
-    const Sockets all(server.clients.begin(), server.clients.end());
-    ASSERT_TRUE(std::all_of(all.begin(), all.end(), willBeReadable));
+    const Sockets all = connectMany();
     ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_TRUE(test::waitUntil([&] { return wait(all, std::nullopt) == -1; }));
     EXPECT_EQ(signals.handled(), 1);
@@ -247,7 +246,6 @@ TEST_P(ReadableSocketsTest, AreThoseThatPollNamesWhateverHappensToThem) {
     const auto below = [&random](std::size_t n) {
         return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
     };
-    std::vector<test::ClientSocket> clients;
     std::vector<int> ends;
     Sockets maybeEmpty;
     const auto replace = [&](std::size_t place) {
