@@ -121,7 +121,7 @@ TEST_F(RequestsTest, OfTheClientThatWasAcceptedFirstComeFirst) {
     first.request("currentDir");
     ClientSocket second = server().connect();
     second.request("currentDir");
-    server().signal(SIGSTOP);  // both are ready when the server looks again
+    server().suspend();  // both are ready when the server looks again
     second.send("secondOne\0secondTwo\0"s);
     first.send("firstOne\0firstTwo\0"s);
     server().signal(SIGCONT);

@@ -154,6 +154,13 @@ bool ServerProcess::waitForLog(std::string_view text) const {
 
 void ServerProcess::signal(int number) const { ::kill(pid_, number); }
 
+void ServerProcess::suspend() const {
+    signal(SIGSTOP);
+    if (!waitUntil([this] { return statFields(pid_).at(0) == "T"; })) {
+        throw std::runtime_error("the server does not stop");
+    }
+}
+
 bool ServerProcess::isRunning() {
     if (!ended_) {
         int status = 0;

@@ -62,6 +62,8 @@ class ServerProcess {
     std::string request(std::string_view text) const { return connect().request(text); }
 
     void signal(int number) const;
+    /// Stops it with SIGSTOP and waits until it stands still.
+    void suspend() const;
     /// Waits for its end and returns the exit status, or 128 plus the number of the signal.
     int wait();
     bool isRunning();
