@@ -35,7 +35,7 @@ class Launcher : public test::CommandTest {
     }
     void installOpener() { installProgram("bin/xdg-open"); }
     std::string installProgram(const std::string& name) {
-        const std::string program = scratch.file(name);
+        std::string program = scratch.file(name);
         EXPECT_EQ(::unlink(program.c_str()), 0);
         EXPECT_EQ(::symlink(CHILD_REPORT, program.c_str()), 0);
         return program;

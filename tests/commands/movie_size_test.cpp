@@ -166,7 +166,7 @@ std::string inflatingTo(const std::string& begin, std::size_t megabytes) {
     std::string out;
     std::string block = begin;
     for (std::size_t i = 0; i <= megabytes; ++i) {
-        std::array<char, 16 * 1024> room{};
+        std::array<char, std::size_t{16} * 1024> room{};
         stream.next_in = reinterpret_cast<Bytef*>(block.data());
         stream.avail_in = static_cast<uInt>(block.size());
         do {

@@ -15,6 +15,7 @@
 #include "commands/wndutil.h"
 #include "support/child_reports.h"
 #include "support/resource_limit.h"
+#include "support/signal_action.h"
 #include "support/thrown.h"
 #include "support/window_tool.h"
 
@@ -29,11 +30,9 @@ class ToolRun : public test::WindowToolTest {
 
     std::string run(std::vector<std::string> extra = {}) {
         extra.insert(extra.begin(), toolPath);
-        std::vector<char*> argv;
-        for (std::string& argument : extra) {
-            argv.push_back(argument.data());
-        }
-        argv.push_back(nullptr);
+        std::vector<char*> argv(extra.size() + 1);
+        std::transform(extra.begin(), extra.end(), argv.begin(),
+                       [](std::string& argument) { return argument.data(); });
         return wndutil::execute(toolPath.c_str(), argv.data());
     }
     std::string runFailing() {
@@ -204,9 +203,8 @@ TEST_F(ToolRun, GivesTheToolItsTwoPipesAndCleanSignals) {
     test::ChildReports reports(scratch);
     scratch.directory("app");
     ASSERT_EQ(::symlink(CHILD_REPORT, toolPath.c_str()), 0);
-    const auto previous = ::signal(SIGPIPE, SIG_IGN);
+    const test::SignalAction brokenPipe(SIGPIPE, SIG_IGN);
     EXPECT_EQ(run(), "");
-    ::signal(SIGPIPE, previous);
     const Lines report = reports.next();
     // One descriptor of each pipe: a second one would keep it from ending.
     std::vector<std::string> pipes;
@@ -247,10 +245,9 @@ TEST_F(ToolRun, PutsTheHandlingOfChildrenBackAndAsksForThoseThatEndedMeanwhile) 
 }
 
 TEST_F(ToolRun, WorksWhenChildrenAreIgnored) {
-    const auto previous = ::signal(SIGCHLD, SIG_IGN);
+    const test::SignalAction children(SIGCHLD, SIG_IGN);
     tool("printf ok");
     EXPECT_EQ(run(), "ok");
-    ::signal(SIGCHLD, previous);
 }
 
 TEST_F(ToolRun, LeavesNoDescriptorOpenWhateverHappens) {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -20,7 +21,7 @@ TEST_F(BrokenClientsTest, MayResetTheConnectionAtAnyMomentOfAReply) {
     constexpr int rounds = 40;
     start("log4cpp.priority=NOTICE\n");
     const std::string file = server().directory().file("large", std::string(8'000'000, 'x'));
-    std::mt19937 random(1);  // NOLINT(cert-msc*): a failure must come back
+    std::mt19937 random(1);  // a failure must come back
     for (int i = 0; i < rounds; ++i) {
         ClientSocket client = server().connect();
         client.send("readText\n" + file + '\0');
@@ -86,7 +87,7 @@ TEST_F(BrokenClientsTest, MayHalfCloseAndStillGetTheirReplies) {
 TEST_F(BrokenClientsTest, BySendingGarbageNeverHarmTheServer) {
     constexpr int connections = 200;
     start("log4cpp.priority=NOTICE\n");
-    std::mt19937 random(2);  // NOLINT(cert-msc*): a failure must come back
+    std::mt19937 random(2);  // a failure must come back
     for (int i = 0; i < connections; ++i) {
         std::string garbage(random() % 3000, '\0');
         for (char& c : garbage) {
@@ -103,7 +104,7 @@ TEST_F(BrokenClientsTest, BySendingGarbageNeverHarmTheServer) {
 
 TEST_F(BrokenClientsTest, AmongTwoThousandCostNothing) {
     constexpr int connections = 2000;
-    constexpr long growth = CORVANE_SANITIZED ? 64 * 1024 : 2 * 1024;  // KiB
+    constexpr long growth = isSanitized ? 64 * 1024 : 2 * 1024;  // KiB
     start("log4cpp.priority=NOTICE\n");
     const std::string expected = currentDirReply(server().directory().path());
     const std::string garbage = "\r\n\xFF\x02garbage\0\1\nmore\nlines\0"s;

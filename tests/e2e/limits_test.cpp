@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -106,7 +107,7 @@ TEST_F(LimitsTest, LetShutdownPassWhenItIsInTheList) {
 }
 
 TEST_F(LimitsTest, OfMemoryCostAClientItsConnectionAndNothingElse) {
-    if (CORVANE_SANITIZED) {
+    if (isSanitized) {
         GTEST_SKIP() << "sanitizers need more address space than the test leaves";
     }
     constexpr std::size_t addressSpace = 256U << 20U;

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -165,7 +166,7 @@ TEST_F(RequestsTest, OfTenMebibytesWriteAWholeFile) {
 }
 
 TEST_F(RequestsTest, ThatAreLargeGiveTheirMemoryBackSoon) {
-    if (CORVANE_SANITIZED) {
+    if (isSanitized) {
         GTEST_SKIP() << "sanitizers keep what is freed for a while";
     }
     constexpr std::size_t size = std::size_t{64} * 1024 * 1024;

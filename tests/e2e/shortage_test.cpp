@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -35,7 +36,7 @@ class ShortageTest : public ServerTest {
 };
 
 TEST_F(ShortageTest, OfDescriptorsIsWarnedOfWithoutSpinningAndPasses) {
-    if (CORVANE_SANITIZED) {
+    if (isSanitized) {
         GTEST_SKIP() << "sanitizers need descriptors of their own";
     }
     constexpr long mostWarnings = 50;
@@ -59,7 +60,7 @@ TEST_F(ShortageTest, OfDescriptorsIsWarnedOfWithoutSpinningAndPasses) {
 }
 
 TEST_F(ShortageTest, OfDescriptorsDoesNotKeepTheInactivityTimeFromPassing) {
-    if (CORVANE_SANITIZED) {
+    if (isSanitized) {
         GTEST_SKIP() << "sanitizers need descriptors of their own";
     }
     startWith({.configuration = "log4cpp.priority=NOTICE\nINACTIVITY=1\n",

@@ -84,7 +84,7 @@ TEST_F(SignalsTest, OfAThousandChildrenArriveUnderLoad) {
 TEST_F(SignalsTest, OfTerminationEndTheServerAtAnyMomentOfLoad) {
     constexpr int servers = 40;
     constexpr unsigned mostReplies = 400;
-    std::mt19937 random(3);  // NOLINT(cert-msc*): a failure must come back
+    std::mt19937 random(3);  // a failure must come back
     for (int i = 0; i < servers; ++i) {
         start();
         Load load(server());

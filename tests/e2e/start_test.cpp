@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -160,7 +161,7 @@ TEST_F(StartTest, ReportsAnAddressThatNobodyKnowsInTheLog) {
 
 // With no descriptor left for the listener the default port is not touched.
 TEST_F(StartTest, WarnsBeforeTheStartNoticeWhenThereIsNoConfigurationFile) {
-    if (CORVANE_SANITIZED) {
+    if (isSanitized) {
         GTEST_SKIP() << "sanitizers need descriptors of their own";
     }
     ServerProcess& server = startWith({.ownConfiguration = true, .prepare = [] {

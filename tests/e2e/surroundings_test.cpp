@@ -11,6 +11,7 @@
 #include <set>
 
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 #include "support/tree.h"
 
 namespace corvane::test {
@@ -78,7 +79,7 @@ TEST_F(FullLogTest, KeepsNoRequestFromItsReply) {
         ASSERT_EQ(client.request("currentDir"), expected);
     }
     EXPECT_EQ(server().log().size(), full);
-    if (!CORVANE_SANITIZED) {  // sanitizers keep what is freed for a while
+    if (!isSanitized) {  // sanitizers keep what is freed for a while
         EXPECT_LT(server().residentMemory(), before + growth);  // nothing waits for a place
     }
 }
@@ -86,7 +87,7 @@ TEST_F(FullLogTest, KeepsNoRequestFromItsReply) {
 class JumpingClockTest : public ServerTest {
   protected:
     void SetUp() override {
-        if (CORVANE_SANITIZED) {
+        if (isSanitized) {
             GTEST_SKIP() << "sanitizers want to be loaded before the library that makes it jump";
         }
     }

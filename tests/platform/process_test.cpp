@@ -13,6 +13,7 @@
 #include "support/environment.h"
 #include "support/resource_limit.h"
 #include "support/scratch_directory.h"
+#include "support/signal_action.h"
 
 namespace corvane {
 namespace {
@@ -74,13 +75,10 @@ TEST_F(StartProgram, ResetsTheSignalMaskAndAllDispositions) {
     sigset_t previous;
     sigfillset(&all);
     ::sigprocmask(SIG_BLOCK, &all, &previous);
-    const auto pipe = ::signal(SIGPIPE, SIG_IGN);
-    const auto user = ::signal(SIGUSR1, [](int) {});
-    const auto child = ::signal(SIGCHLD, [](int) {});
+    const test::SignalAction pipe(SIGPIPE, SIG_IGN);
+    const test::SignalAction user(SIGUSR1, [](int) {});
+    const test::SignalAction child(SIGCHLD, [](int) {});
     const Lines report = reportOf({}, StandardStreams::Closed);
-    ::signal(SIGPIPE, pipe);
-    ::signal(SIGUSR1, user);
-    ::signal(SIGCHLD, child);
     ::sigprocmask(SIG_SETMASK, &previous, nullptr);
     for (const char* set : {"SigBlk:", "SigIgn:", "SigCgt:"}) {
         EXPECT_EQ(ChildReports::valuesOf(report, set), Lines{"0000000000000000"}) << set;

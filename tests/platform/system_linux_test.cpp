@@ -14,7 +14,9 @@
 
 #include "fileutil/file_desc.h"
 #include "platform/system.h"
+#include "support/sanitized.h"
 #include "support/scratch_directory.h"
+#include "support/signal_action.h"
 
 namespace corvane {
 namespace {
@@ -66,10 +68,9 @@ TEST_F(Connections, RaiseNoSignalWhenThePeerIsGone) {
     FileDesc client = connect();
     const FileDesc accepted(platform::acceptConnection(listener, peer));
     ASSERT_EQ(::shutdown(accepted, SHUT_WR), 0);
-    const auto previous = ::signal(SIGPIPE, SIG_DFL);
+    const test::SignalAction pipe(SIGPIPE, SIG_DFL);
     EXPECT_EQ(::send(accepted, "x", 1, platform::sendFlags()), -1);
     EXPECT_EQ(errno, EPIPE);
-    ::signal(SIGPIPE, previous);
 }
 
 TEST(CopyInKernel, StartsAtTheCurrentOffsetsAndTruncatesNothing) {
@@ -119,7 +120,7 @@ long residentMemory() {
 }
 
 TEST(FreedMemory, StaysWithTheProcessUntilItIsReturned) {
-    if (CORVANE_SANITIZED) {
+    if (test::isSanitized) {
         GTEST_SKIP() << "sanitizers have an allocator of their own";
     }
     constexpr long size = 64L << 20;

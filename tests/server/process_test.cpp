@@ -39,7 +39,7 @@ TEST_F(ProcessTest, EndsOnShutdownAndClosesAllClients) {
     EXPECT_TRUE(first.isEnded());
     EXPECT_TRUE(second.isEnded());
     EXPECT_EQ(server.listeners.size(), 1U);
-    const Lines lines = log.lines();
+    const Lines& lines = log.lines();
     const auto end =
         std::find(lines.begin(), lines.end(), "DEBUG " + processLog + "Process loop end");
     ASSERT_EQ(std::distance(end, lines.end()), 8);
@@ -92,7 +92,7 @@ TEST_F(ProcessTest, AcceptsOnlyWhenNoClientIsReady) {
     const test::LogCapture log;
     server.process();
     EXPECT_EQ(server.commands, (Lines{"one", "two"}));
-    const Lines lines = log.lines();
+    const Lines& lines = log.lines();
     const auto line = [&lines](const std::string& text) {
         return std::find(lines.begin(), lines.end(), text);
     };

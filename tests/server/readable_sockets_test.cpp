@@ -242,7 +242,7 @@ TEST_P(ReadableSocketsTest, MustBeOpen) {
 TEST_P(ReadableSocketsTest, AreThoseThatPollNamesWhateverHappensToThem) {
     constexpr std::size_t places = 8;
     constexpr int steps = 4000;
-    std::mt19937 random(1);  // NOLINT(cert-msc51-cpp): the same steps every time
+    std::mt19937 random(1);
     const auto below = [&random](std::size_t n) {
         return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
     };

@@ -25,7 +25,7 @@ std::string openDescriptors() {
     DIR* const listing = ::opendir(directory.c_str());
     while (const dirent* entry = ::readdir(listing)) {
         const std::string name = entry->d_name;
-        if (name.front() != '.' && std::atoi(name.c_str()) != ::dirfd(listing)) {
+        if (name.front() != '.' && name != std::to_string(::dirfd(listing))) {
             lines += "descriptor " + name + " " + targetOf(directory + name) + "\n";
         }
     }

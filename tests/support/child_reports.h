@@ -56,7 +56,7 @@ class ChildReports {
 
   private:
     static std::string makePipe(const ScratchDirectory& scratch) {
-        const std::string path = scratch / "child-report";
+        std::string path = scratch / "child-report";
         if (::mkfifo(path.c_str(), 0600) != 0) {
             throw std::runtime_error("cannot create " + path);
         }

@@ -109,7 +109,7 @@ class CommandTest : public ::testing::Test {
   private:
     std::string readReply() const {
         std::string text;
-        std::array<char, 64 * 1024> block{};
+        std::array<char, std::size_t{64} * 1024> block{};
         while (text.find('\0') == std::string::npos) {
             const ssize_t count = ::recv(clientEnd_, block.data(), block.size(), 0);
             if (count <= 0) {

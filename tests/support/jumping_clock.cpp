@@ -12,7 +12,7 @@ constexpr time_t day = 24L * 60 * 60;  // seconds
 
 // How far off the clock is at the next look.
 time_t jump() {
-    static std::minstd_rand dice{5};  // NOLINT(cert-msc*): a failure must come back
+    static std::minstd_rand dice{5};  // a failure must come back
     static std::uniform_int_distribution<time_t> days{-1000, 1000};
     return days(dice) * day;
 }

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/signal_action.h"
 #include "support/thrown.h"
 
 namespace corvane::test {
@@ -58,15 +59,10 @@ class DescriptorLimit {
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes)
-        : previous_(::signal(SIGXFSZ, SIG_IGN)), limit_(RLIMIT_FSIZE, bytes) {}
-    ~FileSizeLimit() { ::signal(SIGXFSZ, previous_); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    FileSizeLimit(FileSizeLimit&&) = delete;
-    FileSizeLimit& operator=(FileSizeLimit&&) = delete;
+        : ignored_(SIGXFSZ, SIG_IGN), limit_(RLIMIT_FSIZE, bytes) {}
 
   private:
-    void (*previous_)(int);
+    SignalAction ignored_;
     ResourceLimit limit_;
 };
 

@@ -38,7 +38,7 @@ class WindowToolTest : public CommandTest {
     }
     /// A pipe that nobody writes to: the script waits for it for ever with `read line < PIPE`.
     std::string silentPipe() const {
-        const std::string path = scratch / "silent";
+        std::string path = scratch / "silent";
         if (::mkfifo(path.c_str(), 0600) != 0) {
             throw std::runtime_error("cannot create " + path);
         }
