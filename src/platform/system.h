@@ -14,6 +14,10 @@ namespace corvane::platform {
 /// SIGPIPE. Returns the descriptor and fills `peer`, or -1 with errno as by accept(2).
 int acceptConnection(int listener, sockaddr_in& peer);
 
+/// Makes the connections of a listener spend as little as possible on the control of congestion,
+/// where the system lets them choose: between two processes of one machine there is none.
+void simplifyCongestionControl(int listener);
+
 /// Flags for every send: no SIGPIPE where the system has a flag for it.
 int sendFlags();
 

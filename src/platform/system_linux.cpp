@@ -1,10 +1,12 @@
 #include <fcntl.h>
 #include <malloc.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <climits>
+#include <string_view>
 
 #include "platform/system.h"
 
@@ -13,6 +15,12 @@ namespace corvane::platform {
 int acceptConnection(int listener, sockaddr_in& peer) {
     socklen_t length = sizeof peer;
     return ::accept4(listener, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC);
+}
+
+void simplifyCongestionControl(int listener) {
+    constexpr std::string_view simplest = "reno";  // part of every kernel, allowed to every user
+    static_cast<void>(::setsockopt(listener, IPPROTO_TCP, TCP_CONGESTION, simplest.data(),
+                                   static_cast<socklen_t>(simplest.size())));
 }
 
 int sendFlags() { return MSG_NOSIGNAL; }

@@ -24,6 +24,8 @@ int acceptConnection(int listener, sockaddr_in& peer) {
     return sock;
 }
 
+void simplifyCongestionControl(int /*listener*/) {}  // the system decides
+
 int sendFlags() { return 0; }  // SO_NOSIGPIPE is set on every connection
 
 void closeDescriptorsFrom(int first) {

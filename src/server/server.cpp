@@ -109,6 +109,9 @@ void Server::initListener(const std::string& listenAddress, int listenPort) {
     if (::bind(sock, reinterpret_cast<sockaddr*>(&local), sizeof local) != 0) {
         throw BindException(local.sin_addr, listenPort, errno);
     }
+    if (isLoopback(local.sin_addr)) {
+        platform::simplifyCongestionControl(sock);
+    }
     log.debug("Listening with backlog %d...", backlog);
     if (::listen(sock, backlog) != 0) {
         throw SocketException("Listen exception", errno);

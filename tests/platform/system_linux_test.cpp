@@ -1,6 +1,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <netinet/tcp.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -62,6 +63,16 @@ TEST_F(Connections, AreAcceptedBlockingAndCloseOnExec) {
 TEST_F(Connections, AreNotWaitedFor) {
     EXPECT_EQ(platform::acceptConnection(listener, peer), -1);
     EXPECT_EQ(errno, EAGAIN);
+}
+
+TEST_F(Connections, UseTheSimplestCongestionControlThatTheirListenerAsksFor) {
+    platform::simplifyCongestionControl(listener);
+    const FileDesc client = connect();
+    const FileDesc accepted(platform::acceptConnection(listener, peer));
+    std::array<char, 16> name{};
+    socklen_t length = name.size();
+    ASSERT_EQ(::getsockopt(accepted, IPPROTO_TCP, TCP_CONGESTION, name.data(), &length), 0);
+    EXPECT_STREQ(name.data(), "reno");
 }
 
 TEST_F(Connections, RaiseNoSignalWhenThePeerIsGone) {
