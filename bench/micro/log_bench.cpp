@@ -24,7 +24,7 @@ class LogToFile {
         appender->setLayout(layout.release());
         log4cpp::Category& root = log4cpp::Category::getRoot();
         root.removeAllAppenders();
-        root.setPriority(priority);
+        LogLevel::set(priority);
         root.addAppender(appender.release());
     }
     LogToFile(const LogToFile&) = delete;

@@ -5,11 +5,12 @@
 
 #include <array>
 #include <cstdint>
-#include <log4cpp/Category.hh>
+#include <log4cpp/Priority.hh>
 #include <string>
 
 #include "server/server.h"
 #include "text/byte_buffer.h"
+#include "text/log.h"
 
 namespace corvane {
 namespace {
@@ -37,7 +38,7 @@ class Connection {
 };
 
 void readRequest(benchmark::State& state) {
-    log4cpp::Category::getRoot().setPriority(log4cpp::Priority::NOTICE);
+    LogLevel::set(log4cpp::Priority::NOTICE);
     const Connection connection;
     const std::string request = std::string(static_cast<std::size_t>(state.range(0)), 'x') + '\0';
     Server server;

@@ -71,7 +71,7 @@ void Log4cppConfigurator::configure(const std::string& name, const Properties& s
         attach(root, "console", ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1),
                pattern);
     }
-    root.setPriority(priorityOf(settings.getPropertyAsString("log4cpp.priority", "DEBUG")));
+    LogLevel::set(priorityOf(settings.getPropertyAsString("log4cpp.priority", "DEBUG")));
     log.debug("acs is %d", strconv::getACS());
     attach(root, "file", openLogFile(log, format("%s%d.log", name.c_str(), port)), pattern);
 }

@@ -79,9 +79,9 @@ LogBatch::~LogBatch() {
     }
 }
 
-bool isLogged(log4cpp::Priority::Value priority) {
-    static const log4cpp::Category& root = log4cpp::Category::getRoot();
-    return root.getPriority() >= priority;
+void LogLevel::set(log4cpp::Priority::Value level) {
+    log4cpp::Category::getRoot().setPriority(level);
+    level_ = level;
 }
 
 void flushLog() noexcept {

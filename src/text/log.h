@@ -43,9 +43,19 @@ class LogBatch {
     LogBatch& operator=(LogBatch&&) = delete;
 };
 
-/// Whether lines of this priority are logged. All categories take their priority from the root one,
-/// so that this is the cheapest way to ask.
-bool isLogged(log4cpp::Priority::Value priority);
+/// The least important priority that is logged. All categories take it from the root one; it is
+/// kept here as well, since it is asked for several times a request.
+class LogLevel {
+  public:
+    static void set(log4cpp::Priority::Value level);
+    static log4cpp::Priority::Value get() { return level_; }
+
+  private:
+    static inline log4cpp::Priority::Value level_ = log4cpp::Priority::INFO;  // as log4cpp begins
+};
+
+/// Whether lines of this priority are logged.
+inline bool isLogged(log4cpp::Priority::Value priority) { return LogLevel::get() >= priority; }
 
 /// Writes all pending lines of all log files. Called before anything that others can observe or
 /// that may take long: a reply, a wait, the start of a program, a change of files.

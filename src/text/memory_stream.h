@@ -31,7 +31,9 @@ class MemoryStream : private MemoryStreamBuf, public std::istream {
     /// Starts again with another text, which must stay until it has been read.
     void open(std::string_view text) {
         show(text);
-        clear();
+        if (!good()) {
+            clear();
+        }
     }
 };
 

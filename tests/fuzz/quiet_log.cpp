@@ -15,9 +15,8 @@ QuietLog::QuietLog() {
     auto layout = std::make_unique<log4cpp::PatternLayout>();
     layout->setConversionPattern("%d [%p,%c] %m%n");
     appender->setLayout(layout.release());
-    log4cpp::Category& root = log4cpp::Category::getRoot();
-    root.setPriority(log4cpp::Priority::DEBUG);
-    root.addAppender(appender.release());
+    LogLevel::set(log4cpp::Priority::DEBUG);
+    log4cpp::Category::getRoot().addAppender(appender.release());
 }
 
 }  // namespace corvane::fuzz

@@ -12,19 +12,21 @@
 #include <utility>
 #include <vector>
 
+#include "text/log.h"
+
 namespace corvane::test {
 
-/// Everything from `level` on is caught; the root category's level is put back in the end.
+/// Everything from `level` on is caught; the level is put back in the end.
 class LogCapture {
   public:
     explicit LogCapture(log4cpp::Priority::Value level = log4cpp::Priority::DEBUG)
-        : root_(log4cpp::Category::getRoot()), previousLevel_(root_.getPriority()) {
-        root_.setPriority(level);
-        root_.addAppender(appender_);
+        : previousLevel_(LogLevel::get()) {
+        LogLevel::set(level);
+        log4cpp::Category::getRoot().addAppender(appender_);
     }
     ~LogCapture() {
-        root_.removeAppender(&appender_);
-        root_.setPriority(previousLevel_);
+        log4cpp::Category::getRoot().removeAppender(&appender_);
+        LogLevel::set(previousLevel_);
     }
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
@@ -55,7 +57,6 @@ class LogCapture {
         std::vector<std::string> lines;
     };
 
-    log4cpp::Category& root_;
     log4cpp::Priority::Value previousLevel_;
     Lines appender_;
 };
