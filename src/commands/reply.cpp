@@ -6,9 +6,10 @@ namespace corvane {
 void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
                                std::optional<int> errnoValue,
                                std::span<const CorvaneDetail> details, std::string_view hint) {
+    const std::string_view result = ok ? "SUCCESS" : "FAILED";
     reply_.clear();
     reply_.write("<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"", action,
-                 "\" Result=\"", ok ? "SUCCESS" : "FAILED", "\"");
+                 "\" Result=\"", result, "\"");
     if (errnoValue) {
         reply_.write(" errno=\"", std::to_string(*errnoValue), "\"");
     }

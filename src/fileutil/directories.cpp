@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <log4cpp/Category.hh>
+#include <string_view>
+#include <utility>
 
 #include "fileutil/paths.h"
 #include "text/exception.h"
@@ -42,7 +44,11 @@ std::string getCurrentDirectory() {
     if (::getcwd(buffer.data(), buffer.size()) == nullptr) {
         return "";
     }
-    return correctDirectoryPath(fromSystem(buffer.data()));
+    const std::string_view directory(buffer.data());
+    std::string path;
+    path.reserve(directory.size() + 1);  // one allocation, with the slash that follows
+    path = directory;
+    return correctDirectoryPath(strconv::acs2utf8(std::move(path)));
 }
 
 std::string getStartupDirectory() { return startupDirectory; }

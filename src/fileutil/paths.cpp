@@ -1,6 +1,5 @@
 #include "fileutil/paths.h"
 
-#include <algorithm>
 #include <log4cpp/Category.hh>
 #include <utility>
 
@@ -25,7 +24,10 @@ std::string unslashPath(const std::string& path) {
 }
 
 std::string correctPath(std::string path) {
-    std::replace(path.begin(), path.end(), SEPARATOR_DIR_INVALID, SEPARATOR_DIR);
+    for (std::size_t at = path.find(SEPARATOR_DIR_INVALID); at != std::string::npos;
+         at = path.find(SEPARATOR_DIR_INVALID, at + 1)) {
+        path[at] = SEPARATOR_DIR;
+    }
     return path;
 }
 
