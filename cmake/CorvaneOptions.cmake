@@ -29,10 +29,14 @@ function(corvane_library name)
 endfunction()
 
 # The libraries carry ordinary code as well, so that only the installed programs are optimised when
-# they are linked, and tests link quickly.
+# they are linked, and tests link quickly. Calls of shared libraries go straight through a table that
+# is filled at the start and read-only from then on.
 if(CORVANE_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  set(CORVANE_LTO_COMPILE -flto=auto -ffat-lto-objects)
-  set(CORVANE_LTO_LINK -flto=auto)
+  set(CORVANE_LTO_COMPILE -flto=auto -ffat-lto-objects -fno-plt)
+  set(CORVANE_LTO_LINK -flto=auto -fno-plt)
+  if(NOT APPLE)
+    list(APPEND CORVANE_LTO_LINK -Wl,-z,relro,-z,now)
+  endif()
 endif()
 
 # corvane_test(NAME SOURCES... [LINK libraries...]): one GoogleTest program, each test known to CTest.
