@@ -31,7 +31,7 @@ class MemoryStream : private MemoryStreamBuf, public std::istream {
     /// Starts again with another text, which must stay until it has been read.
     void open(std::string_view text) {
         show(text);
-        if (!good()) {
+        if (!good()) {  // many requests have no lines to read, and clear() is no inline function
             clear();
         }
     }
