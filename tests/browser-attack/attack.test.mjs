@@ -9,7 +9,6 @@ import {existsSync} from "node:fs";
 import {createServer} from "node:http";
 import {createRequire} from "node:module";
 import {join} from "node:path";
-import {setTimeout as pause} from "node:timers/promises";
 import {fetchAttack, formAttack, imageAttack} from "./attacks.mjs";
 import {Application, Server, until} from "./server.mjs";
 
@@ -63,10 +62,9 @@ async function attacksAreReal(browser, pages) {
       await attack(browser, pages, run, {port: server.port, file}, () => until(() => existsSync(file), `file of ${run.name}`));
       console.log(`without the guard: ${run.name} has written a file`);
     }
-    await attack(browser, pages, imageAttack, {port: server.port}, async () => {
-      await until(() => server.log().split("accepted connection").length > 4, "connection for the picture");
-      assert.equal(await application.ask("userName", HELD), "", "a picture holds the server");
-    });
+    // Chromium may open connections that it does not use: only silence tells that the picture's one is read.
+    await attack(browser, pages, imageAttack, {port: server.port}, () =>
+      until(async () => (await application.ask("userName", HELD)) === "", "silence while a picture holds the server"));
     console.log("without the guard: imageAttack has held the server");
   });
 }
@@ -84,7 +82,7 @@ async function guardHolds(browser, pages) {
       assert.ok(!existsSync(file), `${run.name} has written a file`);
       console.log(`with the guard: ${run.name} has done nothing, the application was served`);
     }
-    await pause(200); // for what the browser may still do with its connections
+    await browser.close(); // and with it every connection it may still have had
     assert.match(await application.ask("userName"), /^<CorvaneMsg>/, "the server keeps serving");
     assert.ok(server.running, "the server runs");
     assert.equal(server.log().split("refused, not an application's request").length - 1, 1, "one warning a minute");

@@ -7,7 +7,7 @@ import {connect} from "node:net";
 import {join} from "node:path";
 import {setTimeout as pause} from "node:timers/promises";
 
-const PATIENCE = 10000; // milliseconds
+const PATIENCE = 20000; // milliseconds
 
 /** Waits until `condition` gives something; fails with `promise` when it does not. */
 export async function until(condition, promise) {
