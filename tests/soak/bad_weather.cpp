@@ -31,7 +31,7 @@ void vanishWithinRequest(const ServerProcess& server) {
     vanishing.send("readText\nsma");
     Client waiting(server.port());
     waiting.send(std::string("hello\0", 6));
-    std::this_thread::sleep_for(milliseconds(50));
+    vanishing.awaitReceived();
     vanishing.reset();
     expect(waiting.reply() == unknownReply("hello"), "others are served after a reset");
 }

@@ -10,7 +10,10 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <utility>
 
 #include "soak/server_process.h"
@@ -96,6 +99,26 @@ void Client::awaitReply() const {
     constexpr int patience = 10'000;  // milliseconds
     pollfd arrival{socket_, POLLIN, 0};
     expect(::poll(&arrival, 1, patience) == 1, "a reply begins");
+}
+
+void Client::awaitReceived() const {
+    sockaddr_in own{};
+    sockaddr_in server{};
+    socklen_t size = sizeof own;
+    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&own), &size);
+    ::getpeername(socket_, reinterpret_cast<sockaddr*>(&server), &size);
+    // The server's line: its end, ours, established, nothing to send, nothing to receive (proc(5)).
+    std::array<char, 64> emptied;
+    std::snprintf(emptied.data(), emptied.size(), "%08X:%04X %08X:%04X 01 00000000:00000000",
+                  server.sin_addr.s_addr, ntohs(server.sin_port), own.sin_addr.s_addr,
+                  ntohs(own.sin_port));
+    waitUntil(
+        [&] {
+            std::ifstream sockets("/proc/net/tcp");
+            const std::string lines{std::istreambuf_iterator<char>(sockets), {}};
+            return lines.find(emptied.data()) != std::string::npos;
+        },
+        "the server receives what was sent");
 }
 
 void Client::reset() {

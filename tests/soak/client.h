@@ -24,6 +24,8 @@ class Client {
     std::string reply();
     /// The same; false at the end of the connection.
     bool tryReply(std::string& reply);
+    /// Waits until the server has taken everything sent out of its socket.
+    void awaitReceived() const;
     /// Sends a request and returns its reply.
     std::string ask(const std::string& request);
     /// Waits until the next reply has begun to arrive, and takes nothing of it.
