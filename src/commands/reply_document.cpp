@@ -41,7 +41,7 @@ void ReplyDocument::appendText(std::string_view text) {
     }
 }
 
-std::span<const std::string_view> ReplyDocument::finish() {
+std::span<std::string_view> ReplyDocument::finish() {
     buffer_.append(std::string_view("\0", 1));
     pieces_.clear();
     std::size_t from = 0;

@@ -33,7 +33,7 @@ class ReplyDocument {
     void append(const CorvaneDetail& detail);
 
     /// Ends the document with a zero byte. Returns its pieces in order, valid until clear().
-    std::span<const std::string_view> finish();
+    std::span<std::string_view> finish();
 
   private:
     struct LargeText {

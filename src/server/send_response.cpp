@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -18,36 +19,39 @@ namespace {
 constexpr char zeroByte = '\0';
 constexpr std::string_view terminator(&zeroByte, 1);
 
-iovec piece(std::string_view text) {
-    return {const_cast<char*>(text.data()), text.size()};  // NOLINT: sendmsg does not write to it
-}
-
 // Drops `count` bytes from the front of the pieces.
-std::span<iovec> advance(std::span<iovec> pieces, std::size_t count) {
-    while (!pieces.empty() && count >= pieces.front().iov_len) {
-        count -= pieces.front().iov_len;
+std::span<std::string_view> advance(std::span<std::string_view> pieces, std::size_t count) {
+    while (!pieces.empty() && count >= pieces.front().size()) {
+        count -= pieces.front().size();
         pieces = pieces.subspan(1);
     }
     if (!pieces.empty()) {
-        pieces.front().iov_base = static_cast<char*>(pieces.front().iov_base) + count;
-        pieces.front().iov_len -= count;
+        pieces.front().remove_prefix(count);
     }
     return pieces;
 }
 
-ssize_t sendOnce(int sock, std::span<iovec> pieces) {
+ssize_t sendOnce(int sock, std::span<const std::string_view> pieces) {
+    constexpr std::size_t mostAtOnce = 8;  // a reply has three: a large text and what surrounds it
     const int flags = MSG_DONTWAIT | platform::sendFlags();
     if (pieces.size() == 1) {
-        return ::send(sock, pieces.front().iov_base, pieces.front().iov_len, flags);
+        return ::send(sock, pieces.front().data(), pieces.front().size(), flags);
     }
+    std::array<iovec, mostAtOnce> gathered;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    const std::size_t count = std::min(pieces.size(), mostAtOnce);
+    std::transform(pieces.begin(), pieces.begin() + static_cast<std::ptrdiff_t>(count),
+                   gathered.begin(), [](std::string_view text) {
+                       return iovec{const_cast<char*>(text.data()),  // NOLINT: sendmsg only reads
+                                    text.size()};
+                   });
     msghdr message{};
-    message.msg_iov = pieces.data();
-    message.msg_iovlen = static_cast<decltype(message.msg_iovlen)>(pieces.size());
+    message.msg_iov = gathered.data();
+    message.msg_iovlen = static_cast<decltype(message.msg_iovlen)>(count);
     return ::sendmsg(sock, &message, flags);
 }
 
 // `limit` is the number of seconds that the client may leave the reply unread; 0 for any time.
-void sendAll(int sock, std::span<iovec> pieces, int limit) {
+void sendAll(int sock, std::span<std::string_view> pieces, int limit) {
     Deadline deadline;
     while (!pieces.empty()) {
         const ssize_t sent = sendOnce(sock, pieces);
@@ -68,23 +72,21 @@ void sendAll(int sock, std::span<iovec> pieces, int limit) {
 
 }  // namespace
 
-void Server::sendTerminated(int sock, std::span<const std::string_view> pieces) {
+void Server::sendTerminated(int sock, std::span<std::string_view> pieces) {
     flushLog();
-    sendParts_.clear();
     std::size_t size = 0;
     for (const std::string_view text : pieces) {
-        sendParts_.push_back(piece(text));
         size += text.size();
     }
     if (size > largeSize) {
         expectFreedMemory();
     }
-    sendAll(sock, sendParts_, requestTimeout);
+    sendAll(sock, pieces, requestTimeout);
 }
 
 void Server::sendResponse(int sock, const char* data, int length) {
-    const std::array<std::string_view, 2> pieces{
-        std::string_view(data, static_cast<std::size_t>(length)), terminator};
+    std::array<std::string_view, 2> pieces{std::string_view(data, static_cast<std::size_t>(length)),
+                                           terminator};
     sendTerminated(sock, pieces);
 }
 

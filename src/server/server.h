@@ -6,7 +6,6 @@
 #pragma once
 
 #include <sys/select.h>
-#include <sys/uio.h>
 
 #include <chrono>
 #include <istream>
@@ -68,8 +67,9 @@ class Server {
     /// Sends the reply text and its terminating zero byte in one piece. Waits while the client does
     /// not read. Throws SocketClosedException and SocketException.
     void sendResponse(int sock, const char* data, int length);
-    /// The same for a text in several pieces, the last of which ends with the zero byte.
-    void sendTerminated(int sock, std::span<const std::string_view> pieces);
+    /// The same for a text in several pieces, the last of which ends with the zero byte. What has
+    /// been sent is taken off the pieces.
+    void sendTerminated(int sock, std::span<std::string_view> pieces);
 
     /// Sets every descriptor of `socks`; returns the largest, 0 for none.
     static int addSocketsToFdSet(fd_set& set, const std::vector<int>& socks);
@@ -140,7 +140,6 @@ class Server {
     Surplus surplus_;
     ByteBuffer request_;
     MemoryStream params_;
-    std::vector<iovec> sendParts_;
     /// Whether there was large work since the last wait.
     bool workWasLarge_ = false;
     /// Set while the freed memory of large work is kept for more of it.

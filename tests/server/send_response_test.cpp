@@ -1,6 +1,7 @@
 #include <array>
 #include <cerrno>
 #include <thread>
+#include <vector>
 
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
@@ -26,9 +27,21 @@ TEST_F(SendResponseTest, EndsAReplyWithExactlyOneZeroByte) {
 
 TEST_F(SendResponseTest, JoinsPieces) {
     test::ClientSocket client = connect();
-    const std::array<std::string_view, 4> pieces{"a", "", "bc", std::string_view("d\0", 2)};
+    std::array<std::string_view, 4> pieces{"a", "", "bc", std::string_view("d\0", 2)};
     server.sendTerminated(accepted(), pieces);
     EXPECT_EQ(client.reply(), "abcd");
+}
+
+TEST_F(SendResponseTest, JoinsMorePiecesThanItSendsAtOnce) {
+    test::ClientSocket client = connect();
+    std::vector<std::string_view> pieces(100, "ab");
+    pieces.emplace_back("\0", 1);
+    server.sendTerminated(accepted(), pieces);
+    std::string joined;
+    for (int i = 0; i < 100; ++i) {
+        joined += "ab";
+    }
+    EXPECT_EQ(client.reply(), joined);
 }
 
 TEST_F(SendResponseTest, WaitsForAClientThatReadsSlowly) {
