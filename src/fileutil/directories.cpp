@@ -6,8 +6,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <log4cpp/Category.hh>
-#include <string_view>
 #include <utility>
 
 #include "fileutil/paths.h"
@@ -44,10 +44,8 @@ std::string getCurrentDirectory() {
     if (::getcwd(buffer.data(), buffer.size()) == nullptr) {
         return "";
     }
-    const std::string_view directory(buffer.data());
-    std::string path;
-    path.reserve(directory.size() + 1);  // one allocation, with the slash that follows
-    path = directory;
+    std::string path(buffer.data(), std::strlen(buffer.data()) + 1);
+    path.pop_back();  // the zero byte has made room for the slash, in the same allocation
     return correctDirectoryPath(strconv::acs2utf8(std::move(path)));
 }
 

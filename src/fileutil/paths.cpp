@@ -1,7 +1,6 @@
 #include "fileutil/paths.h"
 
 #include <log4cpp/Category.hh>
-#include <utility>
 
 #include "text/strings.h"
 
@@ -10,12 +9,23 @@ namespace {
 
 bool isSeparator(char c) { return c == SEPARATOR_DIR || c == SEPARATOR_DIR_INVALID; }
 
-}  // namespace
-
-std::string slashPath(std::string path) {
+void addSlash(std::string& path) {
     if (!path.empty() && !isSeparator(path.back())) {
         path += SEPARATOR_DIR;
     }
+}
+
+void correctSeparators(std::string& path) {
+    for (std::size_t at = path.find(SEPARATOR_DIR_INVALID); at != std::string::npos;
+         at = path.find(SEPARATOR_DIR_INVALID, at + 1)) {
+        path[at] = SEPARATOR_DIR;
+    }
+}
+
+}  // namespace
+
+std::string slashPath(std::string path) {
+    addSlash(path);
     return path;
 }
 
@@ -24,15 +34,14 @@ std::string unslashPath(const std::string& path) {
 }
 
 std::string correctPath(std::string path) {
-    for (std::size_t at = path.find(SEPARATOR_DIR_INVALID); at != std::string::npos;
-         at = path.find(SEPARATOR_DIR_INVALID, at + 1)) {
-        path[at] = SEPARATOR_DIR;
-    }
+    correctSeparators(path);
     return path;
 }
 
 std::string correctDirectoryPath(std::string path) {
-    return slashPath(correctPath(std::move(path)));
+    correctSeparators(path);
+    addSlash(path);
+    return path;
 }
 
 std::string correctPathInvalidChars(const std::string& path) {
