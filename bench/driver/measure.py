@@ -1,6 +1,7 @@
 """Measuring in turn: rounds of A B C, C B A, ..., medians, ratios within a round, verdicts."""
 
 import json
+import math
 import subprocess
 from dataclasses import dataclass, field
 from statistics import median
@@ -8,11 +9,14 @@ from statistics import median
 import machine
 from servers import find_program
 
-# A ratio nearer to its limit than this is measured again, so that two runs agree on the verdict.
+# What is nearer to its limit than this, or not certain to lie on one side of it, is measured again,
+# so that two runs agree on the verdict.
 CLOSE_CALL = 0.04
 MOST_REPEATS = 4
-# Where a process happens to lie in memory makes it up to 1 % faster or slower for all its life.
+# Where a process happens to lie in memory makes it 1 or 2 % faster or slower for all its life, so
+# short work is measured with several processes. It takes little time: it can be repeated more often.
 STARTS = 3
+MOST_REPEATS_OF_SHORT_WORK = 12
 
 
 @dataclass
@@ -40,13 +44,17 @@ class Check:
     at_least: bool = False
     better: float | None = None
 
-    def ratio(self, values):
+    def ratios(self, values):
+        """One of each round, in ascending order."""
         ours = values["ours"]
         if not self.rivals:
-            return median(ours)
+            return sorted(ours)
         best = max if self.at_least else min
         rivals = [best(pair) for pair in zip(*(values[rival] for rival in self.rivals))]
-        return median(own / rival for own, rival in zip(ours, rivals))
+        return sorted(own / rival for own, rival in zip(ours, rivals))
+
+    def ratio(self, values):
+        return median(self.ratios(values))
 
     def meets(self, ratio, limit):
         return ratio >= limit if self.at_least else ratio <= limit
@@ -54,8 +62,22 @@ class Check:
     def met(self, values):
         return self.meets(self.ratio(values), self.limit)
 
-    def is_close(self, values):
-        return self.limit > 0 and abs(self.ratio(values) / self.limit - 1) < CLOSE_CALL
+    def is_doubtful(self, values):
+        """Whether another run might come to another verdict."""
+        if self.limit == 0:
+            return False
+        low, high = confidence_interval(self.ratios(values))
+        return low <= self.limit <= high or abs(self.ratio(values) / self.limit - 1) < CLOSE_CALL
+
+
+def confidence_interval(ordered):
+    """The median of ever more rounds would lie in it with 95 % certainty. It is bounded by two of
+    the values in order, and holds however the values are distributed."""
+    count = len(ordered)
+    reach = math.sqrt(count)
+    low = math.floor(count / 2 - reach) - 1
+    high = math.ceil(count / 2 + reach)
+    return ordered[max(0, low)], ordered[min(count - 1, high)]
 
 
 @dataclass
@@ -78,7 +100,7 @@ def measure(settings, contenders, figures_of, rounds=None):
     """Calls the contenders' functions in turn, the order turned round each time.
 
     Each returns {metric: value}. A first round is thrown away. `figures_of` makes the figures of
-    {contender: [{metric: value}]}; when a ratio is a close call the rounds are repeated.
+    {contender: [{metric: value}]}; when a verdict is doubtful the rounds are repeated.
     """
     rounds = rounds or settings.rounds
     names = list(contenders)
@@ -91,7 +113,7 @@ def measure(settings, contenders, figures_of, rounds=None):
                 samples[name].append(contenders[name]())
             names.reverse()
         figures = figures_of(samples)
-        if not any(check.is_close(f.values) for f in figures for check in f.checks):
+        if not are_doubtful(figures):
             break
     return figures
 
@@ -104,7 +126,7 @@ def measure_restarting(settings, start, run, figures_of):
     samples = {}
     names = []
     rounds = -(-settings.rounds // STARTS)
-    for _ in range(MOST_REPEATS):
+    for _ in range(MOST_REPEATS_OF_SHORT_WORK):
         for _ in range(STARTS):
             with start() as servers:
                 names = names or list(servers)
@@ -115,9 +137,13 @@ def measure_restarting(settings, start, run, figures_of):
                         samples.setdefault(name, []).append(run(servers[name]))
                     names.reverse()
         figures = figures_of(samples)
-        if not any(check.is_close(f.values) for f in figures for check in f.checks):
+        if not are_doubtful(figures):
             break
     return figures
+
+
+def are_doubtful(figures):
+    return any(check.is_doubtful(figure.values) for figure in figures for check in figure.checks)
 
 
 class Generator:
