@@ -109,9 +109,9 @@ void Client::awaitReceived() const {
     ::getpeername(socket_, reinterpret_cast<sockaddr*>(&server), &size);
     // The server's line: its end, ours, established, nothing to send, nothing to receive (proc(5)).
     std::array<char, 64> emptied;
-    std::snprintf(emptied.data(), emptied.size(), "%08X:%04X %08X:%04X 01 00000000:00000000",
-                  server.sin_addr.s_addr, ntohs(server.sin_port), own.sin_addr.s_addr,
-                  ntohs(own.sin_port));
+    static_cast<void>(std::snprintf(
+        emptied.data(), emptied.size(), "%08X:%04X %08X:%04X 01 00000000:00000000",
+        server.sin_addr.s_addr, ntohs(server.sin_port), own.sin_addr.s_addr, ntohs(own.sin_port)));
     waitUntil(
         [&] {
             std::ifstream sockets("/proc/net/tcp");
