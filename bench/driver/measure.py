@@ -64,10 +64,10 @@ class Check:
 
     def is_doubtful(self, values):
         """Whether another run might come to another verdict."""
-        if self.limit == 0:
-            return False
         low, high = confidence_interval(self.ratios(values))
-        return low <= self.limit <= high or abs(self.ratio(values) / self.limit - 1) < CLOSE_CALL
+        ratio = self.ratio(values)
+        return any(low <= limit <= high or abs(ratio / limit - 1) < CLOSE_CALL
+                   for limit in (self.limit, self.better) if limit)
 
 
 def confidence_interval(ordered):

@@ -4,7 +4,7 @@ measured is work and not the wake-up of an idle core."""
 from contextlib import contextmanager
 
 import machine
-from measure import Check, Figure, Generator, measure, measure_restarting, take
+from measure import Check, Figure, Generator, measure_restarting, take
 from servers import require_equal_replies, running
 from test_data import directory_of, text_file
 
@@ -52,28 +52,33 @@ def fifty_clients(shop, settings):
 
 
 def with_debug_log(shop, settings):
-    """The loop floor answers with a reply of the same size, for either request."""
     generator = Generator(shop.programs, CORE)
     result = []
-    read_text = f"readText\n{text_file(shop, 1024)}"
-    requests = {"currentDir": "currentDir", "readText of 1 KiB": read_text}
-    for work, request in requests.items():
-        ours = shop.corvane(CORE, "DEBUG")
-        with running(ours):
-            floors = [shop.loop_floor(CORE, ours.ask(request))]
-            if request.startswith("readText"):
-                floors.append(shop.floor(CORE, "read", name="read floor"))
+    for work, request, rival in (
+        ("currentDir", "currentDir", "floor"),
+        ("readText of 1 KiB", f"readText\n{text_file(shop, 1024)}", "read floor"),
+    ):
 
-            def figures(samples, work=work, rival="read floor" if len(floors) == 2 else "floor"):
-                return [Figure("P3", f"{work}, 1 client, DEBUG: p50", "us", take(samples, "p50_us"),
-                               [Check(1.90, (rival,), better=1.50)])]
+        @contextmanager
+        def start(request=request, rival=rival):
+            """The loop floor answers either request with a reply of the same size."""
+            ours = shop.corvane(CORE, "DEBUG")
+            with running(ours):
+                floors = [shop.loop_floor(CORE, ours.ask(request))]
+                if rival == "read floor":
+                    floors.append(shop.floor(CORE, "read", name=rival))
+                with running(*floors) as servers:
+                    yield {"ours": ours} | servers
 
-            with running(*floors) as servers:
-                result += measure(settings, {
-                    name: lambda s=server, r=request:
-                        generator.run("requests", s, r, requests=settings.requests, warmup=500)
-                    for name, server in ({"ours": ours} | servers).items()
-                }, figures)
+        def figures(samples, work=work, rival=rival):
+            return [Figure("P3", f"{work}, 1 client, DEBUG: p50", "us", take(samples, "p50_us"),
+                           [Check(1.90, (rival,), better=1.50)])]
+
+        def run(server, request=request):
+            return generator.run("requests", server, request, requests=settings.requests,
+                                 warmup=500)
+
+        result += measure_restarting(settings, start, run, figures)
     return result
 
 
