@@ -1,8 +1,10 @@
 #include "app/default_layout.h"
 
 #include <array>
-#include <cstddef>
 #include <log4cpp/Priority.hh>
+#include <string_view>
+
+#include "text/strings.h"
 
 namespace corvane {
 namespace {
@@ -25,16 +27,11 @@ std::string DefaultLayout::format(const log4cpp::LoggingEvent& event) {
         secondText_ = localTime(second);
     }
     const int milliseconds = event.timeStamp.getMilliSeconds();
-    const std::string& priority = log4cpp::Priority::getPriorityName(event.priority);
-    constexpr std::size_t punctuation = 16;
-    std::string line;
-    line.reserve(secondText_.size() + priority.size() + event.categoryName.size() +
-                 event.message.size() + punctuation);
-    line += secondText_;
-    line += {',', digit(milliseconds / 100), digit(milliseconds / 10), digit(milliseconds)};
-    line.append(" [").append(priority).append(",").append(event.categoryName).append("] ");
-    line.append(event.message).append("\n");
-    return line;
+    const std::array<char, 4> fraction{',', digit(milliseconds / 100), digit(milliseconds / 10),
+                                       digit(milliseconds)};
+    return concatenate(secondText_, std::string_view(fraction.data(), fraction.size()), " [",
+                       log4cpp::Priority::getPriorityName(event.priority), ",", event.categoryName,
+                       "] ", event.message, "\n");
 }
 
 }  // namespace corvane

@@ -28,8 +28,8 @@ void CommandLog::error(const char* detail, ...) const {
 
 void CommandLog::write(log4cpp::Priority::Value priority, const char* detail, va_list args) const {
     if (isLogged(priority)) {
-        category_.log(priority, "Client " + formatAddress(sock_) + ": cmd '" + cmd_ + "'" +
-                                    formatvl(detail, args));
+        category_.log(priority, concatenate("Client ", formatAddress(sock_), ": cmd '", cmd_, "'",
+                                            formatvl(detail, args)));
     }
 }
 

@@ -2,6 +2,7 @@
 // replacing. Nothing here knows about character sets; see text/strconv.h for those.
 #pragma once
 
+#include <algorithm>
 #include <cstdarg>
 #include <string>
 #include <string_view>
@@ -40,6 +41,15 @@ bool toBool(const std::string& s, bool def);
 /// `s` without leading and trailing characters of `set`. A string that has only such characters is
 /// returned unchanged, not emptied.
 std::string trim(std::string_view s, std::string_view set = whitespace);
+
+/// Puts texts together, with one allocation at most.
+template <typename... Text>
+std::string concatenate(const Text&... text) {
+    std::string whole((std::string_view(text).size() + ...), '\0');
+    char* end = whole.data();
+    ((end = std::copy_n(std::string_view(text).data(), std::string_view(text).size(), end)), ...);
+    return whole;
+}
 
 /// Splits `s` at any single character of `sep`; each match skips as many characters as `sep` is
 /// long. Empty pieces are kept, so the result has at least one piece.

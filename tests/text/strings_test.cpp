@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "text/exception.h"
@@ -123,6 +124,12 @@ TEST(Trim, TakesAnotherSet) {
     EXPECT_EQ(trim("/a/ /", "/"), "a/ ");
     EXPECT_EQ(trim("//", "/"), "//");
     EXPECT_EQ(trim(" a ", ""), " a ");
+}
+
+TEST(Concatenate, PutsTextsOfAnyKindTogether) {
+    EXPECT_EQ(concatenate("a", std::string("bc"), std::string_view(), std::string_view("d\0", 2)),
+              std::string("abcd\0", 5));
+    EXPECT_EQ(concatenate(""), "");
 }
 
 TEST(StrExplode, KeepsEmptyPieces) {
