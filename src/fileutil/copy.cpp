@@ -109,10 +109,10 @@ class TreeCopier {
     const CopyOptions& options_;
 };
 
-void refuseCopyIntoItself(const std::string& src, const std::string& dst) {
-    if (liesWithin(strconv::utf82acs(dst), strconv::utf82acs(src))) {
-        throw copyIntoItselfError(src, dst);
-    }
+// Whether a copy of all that is below `from` would meet its own results there.
+bool isBelow(int to, int from) {
+    const DirectoryIdentity source = identityOf(from);
+    return identityOf(to) != source && liesWithin(to, source);
 }
 
 // A target directory that cannot be opened makes the first entry fail that would go into it.
@@ -144,12 +144,13 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
     if (from == -1) {
         throw openDirectoryError(srcDir, errno);
     }
-    refuseCopyIntoItself(srcDir, dstDir);
     // With an empty target the names are relative to the current directory.
     FileDesc to = openDirectory(dstDir.empty() ? DIR_THIS : strconv::utf82acs(dstDir),
                                 DirectoryAccess::Search);
     if (to == -1) {
         failAtFirstEntry(from, srcDir, dstDir, chosen, errno);
+    } else if (chosen.recursive && isBelow(to, from)) {
+        throw copyIntoItselfError(srcDir, dstDir);
     } else {
         TreeCopier copier(std::move(from), srcDir, std::move(to), dstDir, chosen);
         walkTree(copier);
@@ -159,7 +160,9 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
 void renameFile(const std::string& src, const std::string& dst) {
     const std::string target = targetOf(src, dst);
     if (isDirectory(src)) {
-        refuseCopyIntoItself(src, target);
+        if (liesWithin(strconv::utf82acs(target), strconv::utf82acs(src))) {
+            throw copyIntoItselfError(src, target);
+        }
         makeDirectory(target);
         copyDirectory(src, target, nullptr);
         removeDirectory(src);

@@ -34,7 +34,7 @@ void removeDirectory(const std::string& path, bool recursive);
 void copyFile(const std::string& src, const std::string& dst);
 
 /// Copies the contents of `src` into the existing directory `dst`; without `options` all of it. A
-/// directory is not copied into itself or below itself (EINVAL).
+/// directory is not copied recursively to a place below itself (EINVAL).
 void copyDirectory(const std::string& src, const std::string& dst, const CopyOptions* options);
 
 /// Moves a file by copying and then removing it, which works across volumes; onto itself it stays

@@ -163,6 +163,10 @@ TEST_F(ChangeCommands, CopySaysWhyItFails) {
     scratch.file("d/x");
     EXPECT_EQ(ask("copy", (scratch / "d") + "\n" + (scratch / "d/e")), failure("copy"));
     EXPECT_EQ(log.lines(),
+              error("copy", ": ERROR: 'open dst file '" + (scratch / "d/e/x") + "' error (2)'"));
+    scratch.directory("d/e");
+    EXPECT_EQ(ask("copy", (scratch / "d") + "\n" + (scratch / "d/e")), failure("copy"));
+    EXPECT_EQ(log.lines(),
               error("copy", ": ERROR: 'cannot copy directory '" + (scratch / "d/") +
                                 "' into itself as '" + (scratch / "d/e/") + "' (22)'"));
 }

@@ -127,20 +127,18 @@ TEST_F(CopyDirectory, TakesAnEmptyTargetForTheCurrentDirectory) {
     const test::WorkingDirectory inside(scratch.directory("here"));
     copyDirectory(scratch / "src", "", nullptr);
     EXPECT_EQ(treeAt("."), (Tree{{"a", "file:1"}}));
-    EXPECT_EQ(copying(".", ""), "cannot copy directory './' into itself as '' (22)");
     EXPECT_EQ(copying("..", ""), "cannot copy directory '../' into itself as '' (22)");
 }
 
-TEST_F(CopyDirectory, RefusesItselfAndWhatIsBelowItHoweverItIsNamed) {
+TEST_F(CopyDirectory, RefusesWhatIsBelowTheSourceHoweverItIsNamed) {
     scratch.file("src/a", "1");
     scratch.directory("src/sub/deep");
     fs::create_directory_symlink("src", scratch / "link");
     fs::create_directory_symlink("../src/sub", scratch / "src/inner");
     const test::WorkingDirectory inside(scratch.path());
     const Tree before = treeAt(scratch.path());
-    for (const char* name :
-         {"src", "src/", "./src/.", "src/sub", "src/sub/deep", "src/sub/new", "src/new/er/", "link",
-          "link/sub", "src/inner", "src/inner/deep", "src/../src/sub", "link/a"}) {
+    for (const char* name : {"src/sub", "src/sub/", "src/sub/deep", "./src/sub/.", "link/sub",
+                             "src/inner", "src/inner/deep", "src/../src/sub"}) {
         const std::string dst = name;
         for (const std::string& src : {std::string("src"), scratch / "src", std::string("link")}) {
             EXPECT_EQ(copying(src, dst), "cannot copy directory '" + src + "/' into itself as '" +
@@ -148,6 +146,38 @@ TEST_F(CopyDirectory, RefusesItselfAndWhatIsBelowItHoweverItIsNamed) {
             EXPECT_EQ(treeAt(scratch.path()), before) << src << " to " << dst;
         }
     }
+}
+
+TEST_F(CopyDirectory, DoesNotCreateATargetBelowTheSource) {
+    scratch.file("src/a", "1");
+    EXPECT_EQ(copying(scratch / "src", scratch / "src/new"),
+              "open dst file '" + (scratch / "src/new/a") + "' error (2)");
+    EXPECT_FALSE(fs::exists(scratch / "src/new"));
+}
+
+TEST_F(CopyDirectory, OntoItselfChangesNothing) {
+    scratch.file("src/a", "1");
+    scratch.file("src/sub/deep/b", "2");
+    fs::create_directory_symlink("src", scratch / "link");
+    const Tree before = treeAt(scratch.path());
+    CopyOptions firstLevel;
+    firstLevel.recursive = false;
+    for (const char* target : {"src", "src/", "src/sub/..", "link"}) {
+        copyDirectory(scratch / "src", scratch / target, nullptr);
+        copyDirectory(scratch / "src", scratch / target, &firstLevel);
+        EXPECT_EQ(treeAt(scratch.path()), before) << target;
+    }
+}
+
+TEST_F(CopyDirectory, GoesIntoADirectoryBelowWhenNotRecursive) {
+    scratch.file("src/a", "1");
+    scratch.file("src/sub/b", "2");
+    CopyOptions firstLevel;
+    firstLevel.recursive = false;
+    copyDirectory(scratch / "src", scratch / "src/sub", &firstLevel);
+    EXPECT_EQ(
+        treeAt(scratch / "src"),
+        (Tree{{"a", "file:1"}, {"sub", "directory"}, {"sub/a", "file:1"}, {"sub/b", "file:2"}}));
 }
 
 TEST_F(CopyDirectory, AllowsATargetThatOnlyLooksLikeBelow) {
