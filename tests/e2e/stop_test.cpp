@@ -1,10 +1,12 @@
 // The ways to stop the server, and the last lines of its log.
+#include <chrono>
 #include <csignal>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "e2e/server_test.h"
+#include "support/wait_until.h"
 
 namespace corvane::test {
 namespace {
@@ -89,6 +91,25 @@ TEST_F(StopTest, AfterTheInactivityTimeClosesTheClients) {
         Lines{"NOTICE corvane.server.process Inactivity time (1) has elapsed. Quitting..."} +
         closedClient(client));
     EXPECT_TRUE(client.isEnded());
+}
+
+TEST_F(StopTest, NotAsLongAsRequestsOrConnectionsComeWithinTheInactivityTime) {
+    start("INACTIVITY=2\n");
+    const auto longerThanThat = [] {
+        return std::chrono::steady_clock::now() + std::chrono::milliseconds(2500);
+    };
+    ClientSocket asking = server().connect();
+    const auto requestsEnd = longerThanThat();
+    EXPECT_TRUE(waitUntil([&] {
+        asking.request("hello");
+        return std::chrono::steady_clock::now() > requestsEnd;
+    }));
+    const auto connectionsEnd = longerThanThat();
+    EXPECT_TRUE(waitUntil([&] {
+        server().connect();
+        return std::chrono::steady_clock::now() > connectionsEnd;
+    }));
+    EXPECT_EQ(asking.request("hello"), failedReply("hello"));
 }
 
 TEST_F(StopTest, NotWhenAClientLeavesByPolicy0) {
