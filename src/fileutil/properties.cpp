@@ -31,16 +31,19 @@ const std::ctype<char>& letters() {
     return facet;
 }
 
-// A pipe would hold the program until somebody writes to it, a device might never end. What cannot
-// be read (a directory) counts as empty, as for a stream that is open but fails.
+// A pipe would hold the program until somebody writes to it; it counts as missing. What cannot be
+// read (a directory) or might never end (a device) counts as empty: a link to /dev/null is a common
+// way to have no settings.
 ByteBuffer readWhole(const std::string& path) {
     const FileDesc file(::open(path.c_str(), O_RDONLY | guardedOpen));
     struct stat info {};
-    if (file == -1 || ::fstat(file, &info) != 0 ||
-        !(S_ISREG(info.st_mode) || S_ISDIR(info.st_mode))) {
+    if (file == -1 || ::fstat(file, &info) != 0 || S_ISFIFO(info.st_mode)) {
         throw FileNotFoundException(path);
     }
     ByteBuffer text;
+    if (!S_ISREG(info.st_mode)) {
+        return text;
+    }
     while (true) {
         const ssize_t count = ::read(file, text.room(readBlock), readBlock);
         if (count < 0 && errno == EINTR) {

@@ -135,6 +135,11 @@ TEST_F(PropertiesFile, CountsADirectoryAsAnEmptyFile) {
     EXPECT_NO_THROW(store.load(scratch.path()));
 }
 
+TEST_F(PropertiesFile, CountsADeviceAsAnEmptyFile) {
+    EXPECT_NO_THROW(store.load("/dev/null"));
+    EXPECT_NO_THROW(store.load("/dev/zero"));
+}
+
 TEST_F(PropertiesFile, ReadsIntegersFromTheirDigits) {
     load("a=12abc\nb=abc\nc= -7\nd=true\ne=false\nf=TRUE\ng=\nh=+5\ni=0x10\nj=  9 \n");
     EXPECT_EQ(store.getInt("a", 99), 12);
