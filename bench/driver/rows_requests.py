@@ -75,7 +75,7 @@ def with_debug_log(shop, settings):
                            [Check(1.90, (rival,), better=1.50)])]
 
         def run(server, request=request):
-            return generator.run("requests", server, request, requests=settings.requests,
+            return generator.run("requests", server, request, requests=settings.count(5000),
                                  warmup=500)
 
         result += measure_restarting(settings, start, run, figures)

@@ -29,11 +29,12 @@ class Server:
     ping = "currentDir"
     expect = 'Result="SUCCESS"'
 
-    def __init__(self, name, port, pid, child=None):
+    def __init__(self, name, port, pid, child=None, directory=None):
         self.name = name
         self.port = port
         self.pid = pid
         self.child = child
+        self.directory = directory
 
     def ask(self, request):
         """Sends one request on a connection of its own; the reply without its terminator."""
@@ -49,6 +50,12 @@ class Server:
         return bytes(reply[:-1])
 
     def stop(self):
+        """What the server has written goes with it: the memory of its log serves the next one."""
+        self.end()
+        if self.directory:
+            shutil.rmtree(self.directory)
+
+    def end(self):
         if self.child:
             self.child.terminate()
             self.child.wait(STOP_SECONDS)
@@ -104,7 +111,7 @@ class Workshop:
         port = until(lambda: port_in(program.parent / "cv0.log"), START_SECONDS)
         if not port:
             raise RuntimeError("corvane does not listen")
-        return Server("ours", port, machine.process_of(program))
+        return Server("ours", port, machine.process_of(program), directory=program.parent)
 
     def floor(self, core, mode, *options, name="floor"):
         command = [find_program(self.programs, "bench-floor"), mode, *options]
@@ -130,7 +137,7 @@ class Workshop:
         directory = self.new_directory("redis")
         child = subprocess.Popen(redis_command(port, directory), preexec_fn=machine.pin(core),
                                  start_new_session=True)
-        server = Redis("redis", port, child.pid, child)
+        server = Redis("redis", port, child.pid, child, directory)
         if not until(server.answers, START_SECONDS):
             raise RuntimeError("redis-server does not answer")
         return server
