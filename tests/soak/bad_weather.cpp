@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include "soak/client.h"
 #include "soak/scenarios.h"
@@ -11,7 +10,6 @@
 namespace soak {
 namespace {
 
-using std::chrono::milliseconds;
 namespace fs = std::filesystem;
 
 constexpr std::size_t largeFile = std::size_t{64} * 1024 * 1024;
@@ -49,15 +47,8 @@ void vanishWithinReply(const ServerProcess& server) {
 void neverRead(ServerProcess& server) {
     Client deaf(server.port());
     deaf.send(std::string("readText\nlarge\0", 15));
-    milliseconds before{-1};
-    waitUntil(
-        [&] {
-            const milliseconds last = before;
-            std::this_thread::sleep_for(milliseconds(50));
-            before = server.processorTime();
-            return before == last;
-        },
-        "the server waits for the client to read");
+    deaf.awaitReply();
+    waitUntil([&] { return server.isAsleep(); }, "the server waits for the client to read");
     server.stop();
 }
 

@@ -133,6 +133,15 @@ milliseconds ServerProcess::processorTime() const {
     return milliseconds((user + system) * 1000 / ::sysconf(_SC_CLK_TCK));
 }
 
+bool ServerProcess::isAsleep() const {
+    std::istringstream fields(textOf("/proc/" + std::to_string(pid_) + "/stat"));
+    std::string number;
+    std::string name;
+    char state = '\0';
+    fields >> number >> name >> state;
+    return state == 'S';
+}
+
 std::vector<pid_t> ServerProcess::children() const {
     const std::string pid = std::to_string(pid_);
     std::ifstream in("/proc/" + pid + "/task/" + pid + "/children");

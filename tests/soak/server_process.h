@@ -44,6 +44,8 @@ class ServerProcess {
     std::size_t descriptorCount() const;
     long residentKiB() const;
     std::chrono::milliseconds processorTime() const;
+    /// Whether the process waits for something (proc(5), state S).
+    bool isAsleep() const;
     std::vector<pid_t> children() const;
     std::filesystem::path logFile() const;
     /// How often `text` occurs in the log.
