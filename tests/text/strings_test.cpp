@@ -127,8 +127,8 @@ TEST(Trim, TakesAnotherSet) {
 }
 
 TEST(Concatenate, PutsTextsOfAnyKindTogether) {
-    EXPECT_EQ(concatenate("a", std::string("bc"), std::string_view(), std::string_view("d\0", 2)),
-              std::string("abcd\0", 5));
+    EXPECT_EQ(concatenate("a", std::string("bc"), std::string_view(), std::string_view("d\0e", 3)),
+              std::string("abcd\0e", 6));
     EXPECT_EQ(concatenate(""), "");
 }
 
