@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "commands/xml_escape.h"
+#include "reply/xml_escape.h"
 
 namespace corvane {
 namespace {

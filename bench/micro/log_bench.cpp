@@ -7,7 +7,7 @@
 #include <log4cpp/PatternLayout.hh>
 #include <memory>
 
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {

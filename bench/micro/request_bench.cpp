@@ -10,7 +10,7 @@
 
 #include "server/server.h"
 #include "text/byte_buffer.h"
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {

@@ -9,10 +9,10 @@
 #include <log4cpp/SimpleLayout.hh>
 #include <stdexcept>
 
-#include "app/default_layout.h"
+#include "log/default_layout.h"
 #include "fileutil/paths.h"
 #include "text/exception.h"
-#include "text/log.h"
+#include "log/log.h"
 #include "text/strconv.h"
 #include "text/strings.h"
 

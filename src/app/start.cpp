@@ -16,7 +16,7 @@
 #include "fileutil/properties.h"
 #include "platform/system.h"
 #include "text/exception.h"
-#include "text/log.h"
+#include "log/log.h"
 #include "text/strconv.h"
 
 namespace corvane {

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <utility>
 
-#include "fileutil/file_desc.h"
-#include "fileutil/open_flags.h"
+#include "platform/file_desc.h"
+#include "platform/open_flags.h"
 
 namespace corvane {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "commands/command_log.h"
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 
 namespace corvane {
 

@@ -8,7 +8,7 @@
 #include <log4cpp/Priority.hh>
 #include <string>
 
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 

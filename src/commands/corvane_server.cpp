@@ -4,7 +4,7 @@
 #include <log4cpp/Category.hh>
 
 #include "server/address.h"
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 

@@ -11,8 +11,8 @@
 #include <string_view>
 
 #include "commands/command_log.h"
-#include "commands/corvane_detail.h"
-#include "commands/reply_document.h"
+#include "reply/corvane_detail.h"
+#include "reply/reply_document.h"
 #include "server/server.h"
 #include "text/exception.h"
 

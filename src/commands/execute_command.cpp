@@ -3,7 +3,7 @@
 
 #include "commands/command_log.h"
 #include "commands/corvane_server.h"
-#include "commands/launcher.h"
+#include "launch/launcher.h"
 #include "fileutil/paths.h"
 
 namespace corvane {

@@ -5,8 +5,8 @@
 
 #include "commands/command_log.h"
 #include "commands/corvane_server.h"
-#include "commands/external_log.h"
-#include "commands/file_details.h"
+#include "log/external_log.h"
+#include "reply/file_details.h"
 #include "fileutil/file_info.h"
 #include "fileutil/paths.h"
 

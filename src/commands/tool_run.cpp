@@ -14,9 +14,9 @@
 #include <optional>
 
 #include "commands/wndutil.h"
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "platform/process.h"
-#include "server/waiting.h"
+#include "platform/waiting.h"
 #include "text/exception.h"
 #include "text/strings.h"
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "server/waiting.h"
+#include "platform/waiting.h"
 
 namespace corvane::wndutil {
 

@@ -10,13 +10,13 @@
 #include <cstddef>
 #include <utility>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "fileutil/file_operations.h"
-#include "fileutil/open_flags.h"
+#include "platform/open_flags.h"
 #include "fileutil/paths.h"
 #include "platform/system.h"
 #include "text/exception.h"
-#include "text/log.h"
+#include "log/log.h"
 #include "text/strconv.h"
 #include "text/strings.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "text/exception.h"
 
 namespace corvane {

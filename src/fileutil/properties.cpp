@@ -10,8 +10,8 @@
 #include <functional>
 #include <locale>
 
-#include "fileutil/file_desc.h"
-#include "fileutil/open_flags.h"
+#include "platform/file_desc.h"
+#include "platform/open_flags.h"
 #include "text/byte_buffer.h"
 #include "text/exception.h"
 #include "text/memory_stream.h"

@@ -1,5 +1,5 @@
-// The system's own list of sockets that have become readable, which a silent socket costs nothing:
-// epoll(7) on Linux. On macOS there is none yet, and the caller waits with select.
+// The system's own edge-triggered queue of sockets that have become readable, which a silent socket
+// costs nothing: epoll(7) on Linux. On macOS there is none yet, and the caller waits with pselect.
 // One file per system implements it: event_queue_linux.cpp and event_queue_macos.cpp.
 #pragma once
 
@@ -14,9 +14,9 @@ namespace corvane::platform {
 /// A socket that can be read.
 struct SocketEvent {
     int sock;
-    /// Its end, or something else that is no plain bytes, may have come together with bytes: when
-    /// these have been taken, the rest is only listed when it is asked for anew.
-    bool hasMore;
+    /// A hang-up, or something else that is no plain bytes, may have come together with bytes: once
+    /// these are drained, the socket has to be re-armed, or the rest is never listed.
+    bool needsRearm;
 };
 
 class EventQueue {
@@ -36,9 +36,9 @@ class EventQueue {
     bool watch(int sock);
     /// Lists a watched socket now if there is something in it. Returns false when it is not
     /// watched.
-    bool askAgain(int sock);
+    bool rearm(int sock);
     /// No longer lists a socket. One that is closed needs no such call.
-    void ignore(int sock);
+    void unwatch(int sock);
 
     /// Waits until a socket is listed, for at most `limit`, and fills `events` with all that are
     /// listed. They may be out of date. Returns how many they are, or -1 with errno: EINTR when a

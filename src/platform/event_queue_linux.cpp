@@ -50,12 +50,12 @@ void EventQueue::open(const sigset_t& signals) {
 }
 
 bool EventQueue::watch(int sock) {
-    return control(queue_, EPOLL_CTL_ADD, sock) || (errno == EEXIST && askAgain(sock));
+    return control(queue_, EPOLL_CTL_ADD, sock) || (errno == EEXIST && rearm(sock));
 }
 
-bool EventQueue::askAgain(int sock) { return control(queue_, EPOLL_CTL_MOD, sock); }
+bool EventQueue::rearm(int sock) { return control(queue_, EPOLL_CTL_MOD, sock); }
 
-void EventQueue::ignore(int sock) { ::epoll_ctl(queue_, EPOLL_CTL_DEL, sock, nullptr); }
+void EventQueue::unwatch(int sock) { ::epoll_ctl(queue_, EPOLL_CTL_DEL, sock, nullptr); }
 
 int EventQueue::wait(std::optional<std::chrono::milliseconds> limit,
                      std::vector<SocketEvent>& events) {

@@ -13,12 +13,12 @@ bool EventQueue::watch(int /*sock*/) {
     return false;
 }
 
-bool EventQueue::askAgain(int /*sock*/) {
+bool EventQueue::rearm(int /*sock*/) {
     errno = ENOSYS;
     return false;
 }
 
-void EventQueue::ignore(int /*sock*/) {}
+void EventQueue::unwatch(int /*sock*/) {}
 
 int EventQueue::wait(std::optional<std::chrono::milliseconds> /*limit*/,
                      std::vector<SocketEvent>& /*events*/) {

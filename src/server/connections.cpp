@@ -7,12 +7,12 @@
 #include <chrono>
 #include <log4cpp/Category.hh>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "fileutil/properties.h"
 #include "platform/system.h"
 #include "server/address.h"
 #include "server/server.h"
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {

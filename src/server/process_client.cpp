@@ -13,7 +13,7 @@
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {

@@ -12,7 +12,7 @@
 #include "server/server.h"
 #include "server/socket_exception.h"
 #include "text/find_byte.h"
-#include "text/log.h"
+#include "log/log.h"
 #include "text/strings.h"
 
 namespace corvane {

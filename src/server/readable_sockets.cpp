@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "text/log.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
@@ -51,7 +51,7 @@ bool ReadableSockets::watchOnly(int nfds, const fd_set& watched) {
     for (int sock = 0; sock < std::max(nfds, end_); ++sock) {
         if (!FD_ISSET(sock, &watched)) {
             if (FD_ISSET(sock, &watched_)) {
-                queue_.ignore(sock);
+                queue_.unwatch(sock);
             }
             forget(sock);
         } else if (!FD_ISSET(sock, &watched_)) {
@@ -67,16 +67,16 @@ bool ReadableSockets::watchOnly(int nfds, const fd_set& watched) {
 }
 
 int ReadableSockets::waitForEvents(const Deadline& deadline) {
-    flushLog();
+    prepareToWait();
     std::optional<milliseconds> limit;
     if (deadline) {
         limit = std::chrono::ceil<milliseconds>(timeUntil(*deadline));
     }
     const int count = queue_.wait(limit, events_);
-    for (const auto [sock, hasMore] : events_) {
+    for (const auto [sock, needsRearm] : events_) {
         if (FD_ISSET(sock, &watched_)) {
             add(sock);
-            if (hasMore) {
+            if (needsRearm) {
                 FD_SET(sock, &more_);
             }
         }
@@ -106,7 +106,7 @@ void ReadableSockets::askAgain(int sock) {
     }
     remove(sock);
     FD_CLR(sock, &more_);
-    if (FD_ISSET(sock, &watched_) && !queue_.askAgain(sock)) {
+    if (FD_ISSET(sock, &watched_) && !queue_.rearm(sock)) {
         FD_CLR(sock, &watched_);
     }
 }

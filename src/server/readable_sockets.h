@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/event_queue.h"
-#include "server/waiting.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 

@@ -11,7 +11,7 @@
 #include "platform/system.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {

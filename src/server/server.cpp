@@ -14,7 +14,7 @@
 #include <log4cpp/Category.hh>
 #include <utility>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "platform/system.h"
 #include "server/address.h"
 #include "server/socket_exception.h"

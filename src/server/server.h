@@ -17,7 +17,7 @@
 
 #include "server/readable_sockets.h"
 #include "server/surplus.h"
-#include "server/waiting.h"
+#include "platform/waiting.h"
 #include "text/byte_buffer.h"
 #include "text/memory_stream.h"
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <random>
 
-#include "commands/file_details.h"
+#include "reply/file_details.h"
 #include "support/command_fixture.h"
 
 namespace corvane {

@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 #include "e2e/server_test.h"
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 
 namespace corvane::test {
 namespace {

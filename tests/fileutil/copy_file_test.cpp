@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "fileutil/file_operations.h"
 #include "support/resource_limit.h"
 #include "support/scratch_directory.h"

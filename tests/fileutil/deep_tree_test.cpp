@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <string>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
 #include "support/resource_limit.h"

@@ -15,7 +15,7 @@
 #include "fuzz/fuzz_target.h"
 #include "server/request_guard.h"
 #include "server/server.h"
-#include "server/waiting.h"
+#include "platform/waiting.h"
 
 namespace {
 

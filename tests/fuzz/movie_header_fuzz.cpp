@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "commands/movie_page.h"
+#include "launch/movie_page.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/scratch.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "commands/wndutil.h"
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "fuzz/fuzz_target.h"
 #include "text/exception.h"
 #include "text/strings.h"

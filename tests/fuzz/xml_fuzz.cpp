@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "commands/xml_escape.h"
-#include "commands/xml_writer.h"
+#include "reply/xml_escape.h"
+#include "reply/xml_writer.h"
 #include "fuzz/fuzz_target.h"
 
 namespace {

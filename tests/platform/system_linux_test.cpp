@@ -13,7 +13,7 @@
 #include <fstream>
 #include <string>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "platform/system.h"
 #include "support/sanitized.h"
 #include "support/scratch_directory.h"

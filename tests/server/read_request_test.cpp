@@ -3,7 +3,7 @@
 #include <sstream>
 #include <thread>
 
-#include "server/held_signals.h"
+#include "support/held_signals.h"
 #include "server/request_guard.h"
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"

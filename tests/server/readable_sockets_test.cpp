@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "server/held_signals.h"
+#include "support/held_signals.h"
 #include "server/server_fixture.h"
 #include "support/wait_until.h"
 

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "support/environment.h"
 #include "support/scratch_directory.h"
 

@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "commands/corvane_server.h"
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "server/address.h"
-#include "server/waiting.h"
+#include "platform/waiting.h"
 #include "support/log_capture.h"
 #include "support/scratch_directory.h"
 #include "text/memory_stream.h"

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "text/log.h"
+#include "log/log.h"
 
 namespace corvane::test {
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 
 namespace corvane::test {
 

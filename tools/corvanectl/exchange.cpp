@@ -11,9 +11,9 @@
 #include <cstring>
 #include <memory>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "platform/system.h"
-#include "server/waiting.h"
+#include "platform/waiting.h"
 #include "text/exception.h"
 #include "text/strings.h"
 

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <random>
 
-#include "commands/movie_page.h"
+#include "launch/movie_page.h"
 #include "support/movie.h"
 #include "support/scratch_directory.h"
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "commands/corvane_detail.h"
+#include "reply/corvane_detail.h"
 #include "fileutil/file_info.h"
 
 namespace corvane {

@@ -11,9 +11,9 @@
 #include <optional>
 #include <span>
 
-#include "commands/movie_page.h"
-#include "fileutil/file_desc.h"
-#include "fileutil/open_flags.h"
+#include "launch/movie_page.h"
+#include "platform/file_desc.h"
+#include "platform/open_flags.h"
 
 namespace corvane {
 namespace {

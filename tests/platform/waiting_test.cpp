@@ -1,4 +1,4 @@
-#include "server/waiting.h"
+#include "platform/waiting.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "server/held_signals.h"
+#include "support/held_signals.h"
 #include "support/wait_until.h"
 
 namespace corvane {

@@ -1,4 +1,4 @@
-#include "text/log.h"
+#include "log/log.h"
 
 #include <signal.h>
 #include <unistd.h>
@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <log4cpp/Layout.hh>
 #include <string_view>
+
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
@@ -38,6 +40,7 @@ void crashHandler(int sig) {
 }  // namespace
 
 LogFile::LogFile(const std::string& name, int fd) : log4cpp::FileAppender(name, fd) {
+    beforeEveryWait(flushLog);
     if (auto* const slot = std::find(openLogs.begin(), openLogs.end(), nullptr);
         slot != openLogs.end()) {
         *slot = this;

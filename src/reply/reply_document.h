@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "commands/corvane_detail.h"
+#include "reply/corvane_detail.h"
 #include "text/byte_buffer.h"
 
 namespace corvane {

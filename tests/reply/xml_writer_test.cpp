@@ -1,4 +1,4 @@
-#include "commands/xml_writer.h"
+#include "reply/xml_writer.h"
 
 #include <gtest/gtest.h>
 

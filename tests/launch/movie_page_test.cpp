@@ -1,4 +1,4 @@
-#include "commands/movie_page.h"
+#include "launch/movie_page.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

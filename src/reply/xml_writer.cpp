@@ -1,8 +1,8 @@
-#include "commands/xml_writer.h"
+#include "reply/xml_writer.h"
 
 #include <cstring>
 
-#include "commands/xml_escape.h"
+#include "reply/xml_escape.h"
 
 namespace corvane {
 

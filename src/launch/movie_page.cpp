@@ -1,4 +1,4 @@
-#include "commands/movie_page.h"
+#include "launch/movie_page.h"
 
 #include <stdlib.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <string_view>
 
-#include "fileutil/file_desc.h"
+#include "platform/file_desc.h"
 #include "platform/system.h"
 #include "text/exception.h"
 #include "text/strings.h"

@@ -1,5 +1,5 @@
 // Launching, with stand-ins for the desktop's opener and for programs.
-#include "commands/launcher.h"
+#include "launch/launcher.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

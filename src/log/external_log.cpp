@@ -1,4 +1,4 @@
-#include "commands/external_log.h"
+#include "log/external_log.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "commands/xml_escape.h"
+#include "reply/xml_escape.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "commands/launcher.h"
+#include "launch/launcher.h"
 
-#include "commands/movie_page.h"
+#include "launch/movie_page.h"
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
 #include "platform/opener.h"

@@ -1,4 +1,4 @@
-#include "app/default_layout.h"
+#include "log/default_layout.h"
 
 #include <array>
 #include <log4cpp/Priority.hh>

@@ -1,4 +1,4 @@
-#include "commands/reply_document.h"
+#include "reply/reply_document.h"
 
 namespace corvane {
 namespace {

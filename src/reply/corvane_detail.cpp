@@ -1,4 +1,4 @@
-#include "commands/corvane_detail.h"
+#include "reply/corvane_detail.h"
 
 #include <array>
 #include <cstddef>

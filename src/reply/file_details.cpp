@@ -1,4 +1,4 @@
-#include "commands/file_details.h"
+#include "reply/file_details.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -12,8 +12,14 @@
 
 namespace corvane {
 
+/// Sets what is done before every wait of this module: the log writes its pending lines there.
+void beforeEveryWait(void (*action)() noexcept);
+
+/// Does it; for waits that are none of this module's.
+void prepareToWait();
+
 /// Blocks the three signals from now on, except inside the waits of this module and after one of
-/// ReadableSockets.
+/// the server's event queue.
 void deliverSignalsOnlyInWaits();
 
 /// SIGTERM, SIGINT and SIGCHLD.
@@ -36,7 +42,7 @@ Deadline deadlineAfter(int seconds);
 /// The time until a deadline; 0 when it has passed.
 std::chrono::nanoseconds timeUntil(std::chrono::steady_clock::time_point deadline);
 
-/// pselect(2) with signals let in, after the pending log lines were written. Without a deadline it
+/// pselect(2) with signals let in, after what beforeEveryWait() was given was done. Without a deadline it
 /// waits for ever. Returns what pselect returns; -1 with EINTR after a signal.
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline);
 

@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-#include "server/waiting.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 

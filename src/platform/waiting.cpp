@@ -1,4 +1,4 @@
-#include "server/waiting.h"
+#include "platform/waiting.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,7 +7,6 @@
 #include <initializer_list>
 
 #include "platform/system.h"
-#include "text/log.h"
 
 namespace corvane {
 namespace {
@@ -20,6 +19,7 @@ using std::chrono::steady_clock;
 sigset_t insideWaits;
 bool signalsHeld = false;
 volatile std::sig_atomic_t stopWanted = 0;
+void (*actionBeforeWaits)() noexcept = [] () noexcept {};
 
 constexpr std::initializer_list<int> signalNumbers = {SIGTERM, SIGINT, SIGCHLD};
 
@@ -40,6 +40,10 @@ bool deliverSignalsNowAndThen() {
 }
 
 }  // namespace
+
+void beforeEveryWait(void (*action)() noexcept) { actionBeforeWaits = action; }
+
+void prepareToWait() { actionBeforeWaits(); }
 
 void deliverSignalsOnlyInWaits() {
     ::sigprocmask(SIG_BLOCK, &heldSignals(), &insideWaits);
@@ -89,7 +93,7 @@ nanoseconds timeUntil(steady_clock::time_point deadline) {
 }
 
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline) {
-    flushLog();
+    prepareToWait();
     if (deliverSignalsNowAndThen()) {
         errno = EINTR;
         return -1;
