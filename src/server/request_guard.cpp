@@ -1,6 +1,7 @@
 #include "server/request_guard.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 
 #include "text/strings.h"
@@ -33,6 +34,37 @@ bool isHttpRequestLine(std::string_view line) {
            std::all_of(method.begin(), method.end(), isTokenCharacter);
 }
 
-bool isTlsGreeting(std::string_view request) { return startsWith(request, "\x16\x03"); }
+bool isHttpBeginning(std::string_view request) {
+    // RFC 9110, 9.3, and RFC 5789.
+    constexpr std::array<std::string_view, 9> methods = {
+        "GET", "HEAD", "POST", "PUT", "DELETE", "CONNECT", "OPTIONS", "TRACE", "PATCH"};
+    return std::any_of(methods.begin(), methods.end(), [request](std::string_view method) {
+        return startsWith(request, method) && startsWith(request.substr(method.size()), " /");
+    });
+}
+
+bool isTlsGreeting(std::string_view request) {
+    constexpr std::string_view record = "\x16\x03";
+    constexpr std::size_t lengthBytes = 2;
+    constexpr std::string_view hello = "\x01\x03";
+    return startsWith(request, record) ||
+           (startsWith(request, "\x80") && request.size() > lengthBytes &&
+            startsWith(request.substr(lengthBytes), hello));
+}
+
+bool isStunMessage(std::string_view received) {
+    // RFC 8489, 5: the magic cookie follows the type and the length. Between browsers the length of
+    // the whole comes first (RFC 4571).
+    constexpr std::string_view cookie = "\x21\x12\xA4\x42";
+    constexpr std::size_t cookieAt = 4;
+    constexpr std::size_t framedCookieAt = 6;
+    constexpr unsigned char typeBits = 0xC0;  // clear in the first byte of every message
+    const auto isMessage = [&](std::size_t start, std::size_t at) {
+        return received.size() >= at + cookie.size() &&
+               (static_cast<unsigned char>(received[start]) & typeBits) == 0 &&
+               startsWith(received.substr(at), cookie);
+    };
+    return isMessage(0, cookieAt) || isMessage(framedCookieAt - cookieAt, framedCookieAt);
+}
 
 }  // namespace corvane

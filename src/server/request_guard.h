@@ -25,7 +25,18 @@ class ForeignRequest : public Exception {
 /// "METHOD target HTTP/version".
 bool isHttpRequestLine(std::string_view line);
 
-/// Whether a request begins like a TLS connection (a handshake record of SSL 3 or TLS).
+/// Whether a request begins with a method that browsers use, a blank and "/". To be asked when its
+/// first line is over in any way: a line end, a terminator, the end of the connection, a limit.
+/// No command has such a name, so nothing is lost by refusing it without a version, too.
+bool isHttpBeginning(std::string_view request);
+
+/// Whether a request begins like a TLS connection: a handshake record of SSL 3 or TLS, or the
+/// greeting in the form of SSL 2, behind which WebRTC hides a connection to a relay.
 bool isTlsGreeting(std::string_view request);
+
+/// Whether the bytes received from the first one of a request on are a message of STUN, by which
+/// WebRTC speaks to relays and other browsers. It begins with zero bytes, which end an empty
+/// request: so `received` must have the terminator and what arrived with it. Ten bytes tell.
+bool isStunMessage(std::string_view received);
 
 }  // namespace corvane
