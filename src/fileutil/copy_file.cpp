@@ -4,19 +4,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
 #include <utility>
 
-#include "platform/file_desc.h"
 #include "fileutil/file_operations.h"
-#include "platform/open_flags.h"
 #include "fileutil/paths.h"
+#include "log/log.h"
+#include "platform/guarded_open.h"
 #include "platform/system.h"
 #include "text/exception.h"
-#include "log/log.h"
 #include "text/strconv.h"
 #include "text/strings.h"
 
@@ -33,14 +31,9 @@ IOException fileError(const char* action, const std::string& path, int error) {
     return {format("%s file '%s' error", action, path.c_str()), error};
 }
 
-struct OpenFile {
-    FileDesc fd;
-    struct stat info {};
-};
-
-OpenFile openSource(const FilePlace& src) {
-    OpenFile file{FileDesc(::openat(src.directory, src.name.c_str(), O_RDONLY | guardedOpen))};
-    if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
+OpenedFile openSource(const FilePlace& src) {
+    OpenedFile file = openGuarded(src.directory, src.name, O_RDONLY);
+    if (file.fd == -1) {
         throw fileError("open src", src.path, errno);
     }
     if (S_ISDIR(file.info.st_mode)) {
@@ -53,10 +46,9 @@ OpenFile openSource(const FilePlace& src) {
     return file;
 }
 
-OpenFile openTarget(const FilePlace& dst, Target target) {
-    OpenFile file{FileDesc(
-        ::openat(dst.directory, dst.name.c_str(), O_WRONLY | O_CREAT | guardedOpen, newFileMode))};
-    if (file.fd == -1 || ::fstat(file.fd, &file.info) != 0) {
+OpenedFile openTarget(const FilePlace& dst, Target target) {
+    OpenedFile file = openGuarded(dst.directory, dst.name, O_WRONLY | O_CREAT, newFileMode);
+    if (file.fd == -1) {
         throw fileError("open dst", dst.path, errno);
     }
     const bool refused = target == Target::RegularFile
@@ -69,7 +61,7 @@ OpenFile openTarget(const FilePlace& dst, Target target) {
 }
 
 // Opens the target; where that is a directory, `dst` becomes the place in it under `name`.
-OpenFile openTargetOrInside(FilePlace& dst, const std::string& name) {
+OpenedFile openTargetOrInside(FilePlace& dst, const std::string& name) {
     try {
         return openTarget(dst, Target::File);
     } catch (const IOException& e) {
@@ -122,7 +114,7 @@ Outcome copyByLoop(int from, int to) {
     }
 }
 
-Outcome copyContents(const OpenFile& from, OpenFile& to) {
+Outcome copyContents(const OpenedFile& from, OpenedFile& to) {
     if (S_ISREG(to.info.st_mode) && from.info.st_size > kernelCopyPays) {
         flushLog();
         copyByKernel(from.fd, to.fd);
@@ -137,7 +129,7 @@ Outcome copyContents(const OpenFile& from, OpenFile& to) {
 }
 
 // Copies between two open files, of which both places are known. False when they are the same.
-bool copyOpened(const OpenFile& from, OpenFile to, const FilePlace& src, const FilePlace& dst) {
+bool copyOpened(const OpenedFile& from, OpenedFile to, const FilePlace& src, const FilePlace& dst) {
     if (from.info.st_dev == to.info.st_dev && from.info.st_ino == to.info.st_ino) {
         return false;
     }
@@ -156,13 +148,13 @@ bool copyOpened(const OpenFile& from, OpenFile to, const FilePlace& src, const F
 }  // namespace
 
 bool copyFileAt(const FilePlace& src, const FilePlace& dst, Target target) {
-    const OpenFile from = openSource(src);
+    const OpenedFile from = openSource(src);
     return copyOpened(from, openTarget(dst, target), src, dst);
 }
 
 void copyFileToOrInto(const FilePlace& src, FilePlace dst) {
-    const OpenFile from = openSource(src);
-    OpenFile to = openTargetOrInside(dst, getFileName(src.path));
+    const OpenedFile from = openSource(src);
+    OpenedFile to = openTargetOrInside(dst, getFileName(src.path));
     copyOpened(from, std::move(to), src, dst);
 }
 

@@ -1,7 +1,7 @@
 #include "fileutil/properties.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -10,8 +10,7 @@
 #include <functional>
 #include <locale>
 
-#include "platform/file_desc.h"
-#include "platform/open_flags.h"
+#include "platform/guarded_open.h"
 #include "text/byte_buffer.h"
 #include "text/exception.h"
 #include "text/memory_stream.h"
@@ -35,17 +34,16 @@ const std::ctype<char>& letters() {
 // read (a directory) or might never end (a device) counts as empty: a link to /dev/null is a common
 // way to have no settings.
 ByteBuffer readWhole(const std::string& path) {
-    const FileDesc file(::open(path.c_str(), O_RDONLY | guardedOpen));
-    struct stat info {};
-    if (file == -1 || ::fstat(file, &info) != 0 || S_ISFIFO(info.st_mode)) {
+    const OpenedFile file = openGuarded(AT_FDCWD, path, O_RDONLY);
+    if (file.fd == -1 || S_ISFIFO(file.info.st_mode)) {
         throw FileNotFoundException(path);
     }
     ByteBuffer text;
-    if (!S_ISREG(info.st_mode)) {
+    if (!S_ISREG(file.info.st_mode)) {
         return text;
     }
     while (true) {
-        const ssize_t count = ::read(file, text.room(readBlock), readBlock);
+        const ssize_t count = ::read(file.fd, text.room(readBlock), readBlock);
         if (count < 0 && errno == EINTR) {
             continue;
         }
