@@ -13,6 +13,7 @@
 #include "fileutil/paths.h"
 #include "log/log.h"
 #include "platform/guarded_open.h"
+#include "platform/io.h"
 #include "platform/system.h"
 #include "text/exception.h"
 #include "text/strconv.h"
@@ -83,32 +84,18 @@ void copyByKernel(int from, int to) {
     }
 }
 
-bool writeAll(int to, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = ::write(to, bytes, count);
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        if (written > 0) {
-            bytes += written;
-            count -= static_cast<std::size_t>(written);
-        }
-    }
-    return true;
-}
-
 Outcome copyByLoop(int from, int to) {
     std::array<char, blockSize>
         block;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
     while (true) {
-        const ssize_t count = ::read(from, block.data(), block.size());
+        const ssize_t count = readSome(from, block);
         if (count == 0) {
             return Outcome::Done;
         }
-        if (count < 0 && errno != EINTR) {
+        if (count < 0) {
             return Outcome::ReadFailed;
         }
-        if (count > 0 && !writeAll(to, block.data(), static_cast<std::size_t>(count))) {
+        if (!writeAll(to, {block.data(), static_cast<std::size_t>(count)})) {
             return Outcome::WriteFailed;
         }
     }

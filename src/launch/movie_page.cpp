@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/file_desc.h"
+#include "platform/io.h"
 #include "platform/system.h"
 #include "text/exception.h"
 #include "text/strings.h"
@@ -22,19 +23,6 @@ constexpr const char* htmlTemplate =
     "index.cgi?P1_Prod_Version=ShockwaveFlash\" type=\"application/x-shockwave-flash\" "
     "width=\"%d\" height=\"%d\" salign=\"tl\" menu=\"0\"></embed></body></html>";
 
-bool writeWhole(int fd, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(fd, text.data(), text.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        if (written > 0) {
-            text.remove_prefix(static_cast<std::size_t>(written));
-        }
-    }
-    return true;
-}
-
 }  // namespace
 
 std::string convertSWF(const char* swfPath) {
@@ -47,7 +35,7 @@ std::string convertSWF(const char* swfPath) {
         const int error = errno;
         throw IOException(format("cannot create page '%s'", path.c_str()), error);
     }
-    if (!writeWhole(file, page) || file.close() != 0) {
+    if (!writeAll(file, page) || file.close() != 0) {
         const int error = errno;
         ::unlink(path.c_str());
         throw IOException(format("cannot write page '%s'", path.c_str()), error);

@@ -1,5 +1,7 @@
 #include "platform/waiting.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -12,6 +14,7 @@ namespace corvane {
 namespace {
 
 using std::chrono::duration_cast;
+using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
 using std::chrono::steady_clock;
@@ -19,7 +22,7 @@ using std::chrono::steady_clock;
 sigset_t insideWaits;
 bool signalsHeld = false;
 volatile std::sig_atomic_t stopWanted = 0;
-void (*actionBeforeWaits)() noexcept = [] () noexcept {};
+void (*actionBeforeWaits)() noexcept = []() noexcept {};
 
 constexpr std::initializer_list<int> signalNumbers = {SIGTERM, SIGINT, SIGCHLD};
 
@@ -37,6 +40,20 @@ bool deliverSignalsNowAndThen() {
     }
     lastTime = now;
     return deliverPendingSignals();
+}
+
+// Where a descriptor is beyond an fd_set: poll cannot let signals in, so that they are asked for
+// now and then.
+bool waitInSlices(int fd, Direction direction, const Deadline& deadline) {
+    constexpr milliseconds slice{50};
+    pollfd wanted{fd, static_cast<short>(direction == Direction::Read ? POLLIN : POLLOUT), 0};
+    prepareToWait();
+    do {
+        if (deliverPendingSignals() || ::poll(&wanted, 1, slice.count()) != 0) {
+            return true;
+        }
+    } while (!deadline || timeUntil(*deadline) > nanoseconds::zero());
+    return false;
 }
 
 }  // namespace
@@ -83,6 +100,11 @@ void requestStop() { stopWanted = 1; }
 
 bool stopRequested() { return stopWanted != 0; }
 
+bool interrupted() {
+    deliverPendingSignals();
+    return stopRequested();
+}
+
 Deadline deadlineAfter(int secondsAway) {
     return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
 }
@@ -104,15 +126,26 @@ int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline&
         const auto whole = duration_cast<seconds>(left);
         timeout = {static_cast<time_t>(whole.count()), static_cast<long>((left - whole).count())};
     }
-    return ::pselect(nfds, readable, writable, nullptr, deadline ? &timeout : nullptr, waitMask());
+    const int ready =
+        ::pselect(nfds, readable, writable, nullptr, deadline ? &timeout : nullptr, waitMask());
+    if (signalsHeld) {
+        // On BSD kernels the mask of the wait can stay in force after it.
+        const int error = errno;
+        ::sigprocmask(SIG_BLOCK, &heldSignals(), nullptr);
+        errno = error;
+    }
+    return ready;
 }
 
-bool waitForSocket(int sock, Direction direction, const Deadline& deadline) {
+bool waitForSocket(int fd, Direction direction, const Deadline& deadline) {
+    if (fd >= FD_SETSIZE) {
+        return waitInSlices(fd, direction, deadline);
+    }
     fd_set set;
     FD_ZERO(&set);
-    FD_SET(sock, &set);
+    FD_SET(fd, &set);
     const bool read = direction == Direction::Read;
-    return waitForSockets(sock + 1, read ? &set : nullptr, read ? nullptr : &set, deadline) != 0;
+    return waitForSockets(fd + 1, read ? &set : nullptr, read ? nullptr : &set, deadline) != 0;
 }
 
 }  // namespace corvane

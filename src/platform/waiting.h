@@ -34,6 +34,10 @@ bool deliverPendingSignals();
 void requestStop();
 bool stopRequested();
 
+/// Runs the handlers of signals that have arrived, and returns whether the program has to stop: for
+/// loops that may last, once for each block. It costs one system call.
+bool interrupted();
+
 using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 
 /// The deadline that is `seconds` away; none for 0.
@@ -42,15 +46,15 @@ Deadline deadlineAfter(int seconds);
 /// The time until a deadline; 0 when it has passed.
 std::chrono::nanoseconds timeUntil(std::chrono::steady_clock::time_point deadline);
 
-/// pselect(2) with signals let in, after what beforeEveryWait() was given was done. Without a deadline it
-/// waits for ever. Returns what pselect returns; -1 with EINTR after a signal.
+/// pselect(2) with signals let in, after what beforeEveryWait() was given was done. Without a
+/// deadline it waits for ever. Returns what pselect returns; -1 with EINTR after a signal.
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline);
 
 enum class Direction { Read, Write };
 
-/// Waits until one socket is ready, or a signal was handled: the caller tries its call again either
-/// way and learns from it what has become of the socket. Returns false when the deadline has
-/// passed.
-bool waitForSocket(int sock, Direction direction, const Deadline& deadline);
+/// Waits until one socket, pipe or device is ready, or a signal was handled: the caller tries its
+/// call again either way and learns from it what has become of it. Returns false when the deadline
+/// has passed. Any descriptor will do, also one that is too large for pselect(2).
+bool waitForSocket(int fd, Direction direction, const Deadline& deadline);
 
 }  // namespace corvane
