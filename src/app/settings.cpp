@@ -1,6 +1,10 @@
 #include "app/settings.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "commands/wndutil.h"
 #include "text/exception.h"
@@ -25,14 +29,19 @@ int limitOf(const Properties& store, const std::string& key) {
     return std::max(0, store.getInt(key, 0));
 }
 
-std::vector<std::string> listOf(const std::string& text) {
-    std::vector<std::string> items;
+// Nothing for an empty text. One that holds commas only allows no command: a list that was meant to
+// restrict must not open everything because of a slip.
+std::optional<std::vector<std::string>> commandsOf(const std::string& text) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    std::vector<std::string> names;
     for (const std::string& piece : strExplode(text, ",")) {
         if (piece.find_first_not_of(whitespace) != std::string::npos) {
-            items.push_back(trim(piece));
+            names.push_back(trim(piece));
         }
     }
-    return items;
+    return names;
 }
 
 }  // namespace
@@ -43,31 +52,26 @@ bool loadConfiguration(Properties& store, const std::string& directory) {
 }
 
 Settings::Settings(const Properties& store)
-    : port(store.getInt("PORT", defaultPort)),
-      inactivity(store.getInt("INACTIVITY", 0)),
+    : server{.address = store.getPropertyAsString("ADDRESS", "127.0.0.1"),
+             .port = store.getInt("PORT", defaultPort),
+             .inactivity = store.getInt("INACTIVITY", 0),
+             .closeOnFatal = store.getBool("CLOSEONFATAL", false),
+             .debugRequestRead = store.getBool("DEBUGREQUESTREAD", false),
+             .requestTimeout = limitOf(store, "REQUESTTIMEOUT"),
+             .maxRequest = limitOf(store, "MAXREQUEST"),
+             .allowHttp = store.getBool("ALLOWHTTP", false),
+             .allowedCommands = commandsOf(store.getPropertyAsString("COMMANDS", "")),
+             .shutdownOnDisconnect = store.getInt("SHUTDOWNONDISCONNECT", 0)},
       console(store.getBool("CONSOLE", true)),
       currentDirectory(store.getPropertyAsString("CURRDIR", "")),
-      address(store.getPropertyAsString("ADDRESS", "127.0.0.1")),
-      closeOnFatal(store.getBool("CLOSEONFATAL", false)),
-      debugRequestRead(store.getBool("DEBUGREQUESTREAD", false)),
-      requestTimeout(limitOf(store, "REQUESTTIMEOUT")),
-      maxRequest(limitOf(store, "MAXREQUEST")),
-      toolTimeout(limitOf(store, "TOOLTIMEOUT")),
-      allowHttp(store.getBool("ALLOWHTTP", false)),
-      commands(listOf(store.getPropertyAsString("COMMANDS", ""))) {}
+      toolTimeout(limitOf(store, "TOOLTIMEOUT")) {}
 
 void Settings::apply(Server& target) const {
-    if (address != "any") {
-        target.address = address;
+    std::string ownAddress = std::move(target.options.address);
+    target.options = server;
+    if (server.address == "any") {
+        target.options.address = std::move(ownAddress);
     }
-    target.port = port;
-    target.inactivity = inactivity;
-    target.closeOnFatal = closeOnFatal;
-    target.debugRequestRead = debugRequestRead;
-    target.requestTimeout = requestTimeout;
-    target.maxRequest = maxRequest;
-    target.allowHttp = allowHttp;
-    target.allowedCommands = commands;
     wndutil::setToolTimeout(toolTimeout);
 }
 

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "fileutil/properties.h"
 #include "server/server.h"
+#include "server/server_options.h"
 
 namespace corvane {
 
@@ -21,21 +21,17 @@ struct Settings {
     /// Reads all keys with their defaults.
     explicit Settings(const Properties& store);
 
-    /// Hands over what the server and the commands need to know.
+    /// Hands over what the server and the commands need to know. The address "any" leaves the
+    /// server its own.
     void apply(Server& target) const;
 
-    int port;
-    int inactivity;
+    ServerOptions server;
+    /// Whether the log goes to standard error as well, and the program stays in the foreground.
     bool console;
+    /// The directory to work in; empty for the one in which the program was started.
     std::string currentDirectory;
-    std::string address;
-    bool closeOnFatal;
-    bool debugRequestRead;
-    int requestTimeout;
-    int maxRequest;
+    /// Seconds that a run of the window tool may take; 0 for any time.
     int toolTimeout;
-    bool allowHttp;
-    std::vector<std::string> commands;
 };
 
 }  // namespace corvane

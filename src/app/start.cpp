@@ -44,8 +44,8 @@ Configuration initialise(const std::string& name) {
     if (!settings.console) {
         print("Console is off");
     }
-    Log4cppConfigurator::configure(name, props, settings.console, settings.port);
-    checkInstance(name, settings.port);
+    Log4cppConfigurator::configure(name, props, settings.console, settings.server.port);
+    checkInstance(name, settings.server.port);
     if (!settings.console) {
         detachFromTerminal();
     }

@@ -149,15 +149,15 @@ void CorvaneServer::cmdCopy(int sock, const std::string& cmd, std::istream& para
     const CommandLog log(category, sock, cmd);
     const std::string source = cleanPath(getline(params));
     const std::string destination = cleanPath(getline(params));
-    CopyOptions options;
-    options.recursive = getline(params) != "false";
-    options.addExts(true, getline(params));
-    options.addExts(false, getline(params));
+    CopyOptions copyOptions;
+    copyOptions.recursive = getline(params) != "false";
+    copyOptions.addExts(true, getline(params));
+    copyOptions.addExts(false, getline(params));
     orFailed(
         sock, cmd, "",
         [&] {
             if (isDirectory(source)) {
-                copyDirectory(source, destination, &options);
+                copyDirectory(source, destination, &copyOptions);
             } else {
                 copyFile(source, destination);
             }

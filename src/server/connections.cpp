@@ -7,12 +7,11 @@
 #include <chrono>
 #include <log4cpp/Category.hh>
 
+#include "log/log.h"
 #include "platform/file_desc.h"
-#include "fileutil/properties.h"
 #include "platform/system.h"
 #include "server/address.h"
 #include "server/server.h"
-#include "log/log.h"
 
 namespace corvane {
 namespace {
@@ -98,7 +97,7 @@ void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
 bool Server::errorCloseSocket(int sock, bool graceful) {
     static log4cpp::Category& log =
         log4cpp::Category::getInstance("corvane.server.process.client.close");
-    const int policy = props.getInt("SHUTDOWNONDISCONNECT", 0);
+    const int policy = options.shutdownOnDisconnect;
     const bool keepServing = policy == 0 || (policy == 2 && clients.size() >= 2);
     closeSocket(clients, sock, graceful);
     if (!keepServing && log.isInfoEnabled()) {

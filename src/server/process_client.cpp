@@ -9,11 +9,11 @@
 #include <log4cpp/Category.hh>
 #include <new>
 
+#include "log/log.h"
 #include "server/address.h"
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
-#include "log/log.h"
 
 namespace corvane {
 namespace {
@@ -149,8 +149,8 @@ bool Server::refuseForeignRequest(int sock, const std::string& line) {
 }
 
 bool Server::isAllowed(const std::string& cmd) const {
-    return allowedCommands.empty() ||
-           std::find(allowedCommands.begin(), allowedCommands.end(), cmd) != allowedCommands.end();
+    const auto& allowed = options.allowedCommands;
+    return !allowed || std::find(allowed->begin(), allowed->end(), cmd) != allowed->end();
 }
 
 void Server::processClientCommand(int sock, const std::string& cmd, std::istream& /*params*/) {

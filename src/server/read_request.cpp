@@ -8,11 +8,11 @@
 #include <chrono>
 #include <log4cpp/Category.hh>
 
+#include "log/log.h"
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
 #include "text/find_byte.h"
-#include "log/log.h"
 #include "text/strings.h"
 
 namespace corvane {
@@ -64,7 +64,7 @@ bool Server::readRequest(int sock, ByteBuffer& out) {
 Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
     out.clear();
     Deadline deadline;
-    bool firstLineChecked = allowHttp;
+    bool firstLineChecked = options.allowHttp;
     while (true) {
         const std::size_t before = out.size();
         const std::string_view surplus = surplus_.of(sock);
@@ -102,8 +102,8 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
             expectFreedMemory();
         }
         firstLineChecked = firstLineChecked || checkFirstLine(out.view(), before);
-        if (maxRequest > 0 && out.size() > static_cast<std::size_t>(maxRequest)) {
-            throw Exception(format("request is longer than %d bytes", maxRequest));
+        if (options.maxRequest > 0 && out.size() > static_cast<std::size_t>(options.maxRequest)) {
+            throw Exception(format("request is longer than %d bytes", options.maxRequest));
         }
         if (hasEnd) {
             if (isLogged(log4cpp::Priority::DEBUG)) {
@@ -112,7 +112,7 @@ Server::Received Server::receiveRequest(int sock, ByteBuffer& out) {
             return Received::Request;
         }
         if (before == 0) {
-            deadline = deadlineAfter(requestTimeout);
+            deadline = deadlineAfter(options.requestTimeout);
         }
     }
 }
@@ -127,7 +127,7 @@ std::optional<std::size_t> Server::receive(int sock, ByteBuffer& out, const Dead
     }
     while (true) {
         if (deadline && std::chrono::steady_clock::now() >= *deadline) {
-            throw Exception(format("request is not complete after %d s", requestTimeout));
+            throw Exception(format("request is not complete after %d s", options.requestTimeout));
         }
         const ssize_t received = ::recv(sock, out.room(blockSize), blockSize, MSG_DONTWAIT);
         if (received > 0) {
@@ -170,7 +170,7 @@ bool Server::checkFirstLine(std::string_view request, std::size_t alreadySearche
 }
 
 void Server::logBytes(std::string_view bytes) const {
-    if (debugRequestRead && isLogged(log4cpp::Priority::DEBUG)) {
+    if (options.debugRequestRead && isLogged(log4cpp::Priority::DEBUG)) {
         for (const char c : bytes) {
             const int value = static_cast<signed char>(c);  // NOLINT: logged as a signed number
             requestLog().debug("request byte %d (0x%#x)", value, static_cast<unsigned>(value));

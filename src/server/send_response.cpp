@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <cstddef>
 
+#include "log/log.h"
 #include "platform/system.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
-#include "log/log.h"
 
 namespace corvane {
 namespace {
@@ -81,7 +81,7 @@ void Server::sendTerminated(int sock, std::span<std::string_view> pieces) {
     if (size > largeSize) {
         expectFreedMemory();
     }
-    sendAll(sock, pieces, requestTimeout);
+    sendAll(sock, pieces, options.requestTimeout);
 }
 
 void Server::sendResponse(int sock, const char* data, int length) {

@@ -81,7 +81,7 @@ Server::~Server() {
     }
 }
 
-void Server::initServer() { initListener(address, port); }
+void Server::initServer() { initListener(options.address, options.port); }
 
 void Server::initListener(const std::string& listenAddress, int listenPort) {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.init");
@@ -139,7 +139,7 @@ void Server::process() {
 // Waits for the next event; 0 when the inactivity time is over. The inactivity clock starts anew
 // with every call, but not when only the listeners come back into play or memory is given back.
 int Server::waitForEvent() {
-    const Deadline idle = deadlineAfter(inactivity);
+    const Deadline idle = deadlineAfter(options.inactivity);
     while (true) {
         if (hasPassed(listenersPausedUntil_)) {
             listenersPausedUntil_.reset();
@@ -183,7 +183,7 @@ bool Server::serveNext() {
         throw SocketException("select() error", errno);
     }
     if (ready == 0) {
-        log.notice("Inactivity time (%d) has elapsed. Quitting...", inactivity);
+        log.notice("Inactivity time (%d) has elapsed. Quitting...", options.inactivity);
         return false;
     }
     if (const int client = isSocketsEvent(readable_.found(), clients); client != -1) {

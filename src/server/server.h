@@ -15,9 +15,10 @@
 #include <string_view>
 #include <vector>
 
-#include "server/readable_sockets.h"
-#include "server/surplus.h"
 #include "platform/waiting.h"
+#include "server/readable_sockets.h"
+#include "server/server_options.h"
+#include "server/surplus.h"
 #include "text/byte_buffer.h"
 #include "text/memory_stream.h"
 
@@ -81,8 +82,8 @@ class Server {
 
     /// Closes a socket, after a half-close when `graceful`, and removes it from `socks`.
     void closeSocket(std::vector<int>& socks, int sock, bool graceful);
-    /// Closes a client after an error or its disconnection. Returns false when SHUTDOWNONDISCONNECT
-    /// (0 never, 2 with the last client, else with any) makes the server stop.
+    /// Closes a client after an error or its disconnection. Returns false when
+    /// options.shutdownOnDisconnect makes the server stop.
     bool errorCloseSocket(int sock, bool graceful);
     void deinitSockets(std::vector<int>& socks, bool graceful);
     void deinitListeners();
@@ -94,24 +95,8 @@ class Server {
     std::vector<int> listeners;
     /// In the order in which they were accepted.
     std::vector<int> clients;
-    /// IPv4 in dotted form or a host name; empty for all interfaces.
-    std::string address;
-    int port = 10067;
-    /// Seconds without any socket event after which process() ends; 0 for never.
-    int inactivity = 0;
-    /// Kept for the configuration; nothing depends on it.
-    bool closeOnFatal = false;
-    /// Logs every byte of every request.
-    bool debugRequestRead = false;
-
-    /// Seconds that a started request, and then its reply, may take; 0 for any time.
-    int requestTimeout = 0;
-    /// Bytes that a request may have; 0 for any number.
-    int maxRequest = 0;
-    /// Serves HTTP request lines like any unknown command instead of refusing the connection.
-    bool allowHttp = false;
-    /// The commands that are served; empty for all.
-    std::vector<std::string> allowedCommands;
+    /// To be set before initServer().
+    ServerOptions options;
 
   protected:
     bool isAllowed(const std::string& cmd) const;

@@ -18,22 +18,22 @@ class SettingsTest : public testing::Test {
 
 TEST_F(SettingsTest, HaveDefaults) {
     const Settings defaults = settings();
-    EXPECT_EQ(defaults.port, 54321);
-    EXPECT_EQ(defaults.inactivity, 0);
+    EXPECT_EQ(defaults.server.port, 54321);
+    EXPECT_EQ(defaults.server.inactivity, 0);
     EXPECT_TRUE(defaults.console);
     EXPECT_EQ(defaults.currentDirectory, "");
-    EXPECT_EQ(defaults.address, "127.0.0.1");
-    EXPECT_FALSE(defaults.closeOnFatal);
-    EXPECT_FALSE(defaults.debugRequestRead);
+    EXPECT_EQ(defaults.server.address, "127.0.0.1");
+    EXPECT_FALSE(defaults.server.closeOnFatal);
+    EXPECT_FALSE(defaults.server.debugRequestRead);
 }
 
 TEST_F(SettingsTest, HaveEveryFurtherKeyOffByDefault) {
     const Settings defaults = settings();
-    EXPECT_EQ(defaults.requestTimeout, 0);
-    EXPECT_EQ(defaults.maxRequest, 0);
+    EXPECT_EQ(defaults.server.requestTimeout, 0);
+    EXPECT_EQ(defaults.server.maxRequest, 0);
     EXPECT_EQ(defaults.toolTimeout, 0);
-    EXPECT_FALSE(defaults.allowHttp);
-    EXPECT_TRUE(defaults.commands.empty());
+    EXPECT_FALSE(defaults.server.allowHttp);
+    EXPECT_EQ(defaults.server.allowedCommands, std::nullopt);
 }
 
 TEST_F(SettingsTest, AreReadInAnyLetterCase) {
@@ -45,19 +45,19 @@ TEST_F(SettingsTest, AreReadInAnyLetterCase) {
     store.setProperty("closeOnFatal", "true");
     store.setProperty("debugrequestread", "1");
     const Settings read = settings();
-    EXPECT_EQ(read.port, 5000);
-    EXPECT_EQ(read.inactivity, 7);
+    EXPECT_EQ(read.server.port, 5000);
+    EXPECT_EQ(read.server.inactivity, 7);
     EXPECT_FALSE(read.console);
     EXPECT_EQ(read.currentDirectory, "/somewhere");
-    EXPECT_EQ(read.address, "any");
-    EXPECT_TRUE(read.closeOnFatal);
-    EXPECT_TRUE(read.debugRequestRead);
+    EXPECT_EQ(read.server.address, "any");
+    EXPECT_TRUE(read.server.closeOnFatal);
+    EXPECT_TRUE(read.server.debugRequestRead);
 }
 
 TEST_F(SettingsTest, FallBackToTheDefaultForAMalformedNumber) {
     store.setProperty("PORT", "abc");
     store.setProperty("CONSOLE", "maybe");
-    EXPECT_EQ(settings().port, 54321);
+    EXPECT_EQ(settings().server.port, 54321);
     EXPECT_TRUE(settings().console);
 }
 
@@ -65,16 +65,24 @@ TEST_F(SettingsTest, CountLimitsBelowZeroAsNone) {
     store.setProperty("REQUESTTIMEOUT", "-1");
     store.setProperty("MAXREQUEST", "-5");
     store.setProperty("TOOLTIMEOUT", "-2");
-    EXPECT_EQ(settings().requestTimeout, 0);
-    EXPECT_EQ(settings().maxRequest, 0);
+    EXPECT_EQ(settings().server.requestTimeout, 0);
+    EXPECT_EQ(settings().server.maxRequest, 0);
     EXPECT_EQ(settings().toolTimeout, 0);
 }
 
 TEST_F(SettingsTest, SplitTheCommandListAtCommas) {
     store.setProperty("COMMANDS", " userDir, listDir ,,shutdown");
-    EXPECT_EQ(settings().commands, (std::vector<std::string>{"userDir", "listDir", "shutdown"}));
-    store.setProperty("COMMANDS", " , ");
-    EXPECT_TRUE(settings().commands.empty());
+    EXPECT_EQ(settings().server.allowedCommands,
+              (std::vector<std::string>{"userDir", "listDir", "shutdown"}));
+}
+
+TEST_F(SettingsTest, AllowEveryCommandForAnEmptyListOnly) {
+    store.setProperty("COMMANDS", "");
+    EXPECT_EQ(settings().server.allowedCommands, std::nullopt);
+    for (const char* nameless : {",", " , ", " "}) {
+        store.setProperty("COMMANDS", nameless);
+        EXPECT_EQ(settings().server.allowedCommands, std::vector<std::string>{}) << nameless;
+    }
 }
 
 TEST_F(SettingsTest, AreHandedToTheServer) {
@@ -87,31 +95,33 @@ TEST_F(SettingsTest, AreHandedToTheServer) {
     store.setProperty("MAXREQUEST", "1000");
     store.setProperty("ALLOWHTTP", "true");
     store.setProperty("COMMANDS", "log");
+    store.setProperty("SHUTDOWNONDISCONNECT", "true");
     Server target;
     settings().apply(target);
-    EXPECT_EQ(target.port, 5000);
-    EXPECT_EQ(target.inactivity, 7);
-    EXPECT_EQ(target.address, "127.0.0.2");
-    EXPECT_TRUE(target.closeOnFatal);
-    EXPECT_TRUE(target.debugRequestRead);
-    EXPECT_EQ(target.requestTimeout, 3);
-    EXPECT_EQ(target.maxRequest, 1000);
-    EXPECT_TRUE(target.allowHttp);
-    EXPECT_EQ(target.allowedCommands, std::vector<std::string>{"log"});
+    EXPECT_EQ(target.options.port, 5000);
+    EXPECT_EQ(target.options.inactivity, 7);
+    EXPECT_EQ(target.options.address, "127.0.0.2");
+    EXPECT_TRUE(target.options.closeOnFatal);
+    EXPECT_TRUE(target.options.debugRequestRead);
+    EXPECT_EQ(target.options.requestTimeout, 3);
+    EXPECT_EQ(target.options.maxRequest, 1000);
+    EXPECT_TRUE(target.options.allowHttp);
+    EXPECT_EQ(target.options.allowedCommands, std::vector<std::string>{"log"});
+    EXPECT_EQ(target.options.shutdownOnDisconnect, 1);
 }
 
 TEST_F(SettingsTest, LeaveTheServersAddressAloneForAny) {
     Server target;
-    target.address = "its own";
+    target.options.address = "its own";
     store.setProperty("ADDRESS", "any");
     settings().apply(target);
-    EXPECT_EQ(target.address, "its own");
+    EXPECT_EQ(target.options.address, "its own");
     store.setProperty("ADDRESS", "Any");
     settings().apply(target);
-    EXPECT_EQ(target.address, "Any");
+    EXPECT_EQ(target.options.address, "Any");
     store.setProperty("ADDRESS", "");
     settings().apply(target);
-    EXPECT_EQ(target.address, "");
+    EXPECT_EQ(target.options.address, "");
 }
 
 class ConfigurationFileTest : public SettingsTest {
@@ -125,26 +135,26 @@ TEST_F(ConfigurationFileTest, IsTheFirstOneWhenBothAreThere) {
     scratch.file("corvane.conf", "PORT=1\n");
     scratch.file("corvane.cfg", "PORT=2\nINACTIVITY=3\n");
     EXPECT_TRUE(load());
-    EXPECT_EQ(settings().port, 1);
-    EXPECT_EQ(settings().inactivity, 0);
+    EXPECT_EQ(settings().server.port, 1);
+    EXPECT_EQ(settings().server.inactivity, 0);
 }
 
 TEST_F(ConfigurationFileTest, IsTheOtherOneWhenTheFirstIsMissing) {
     scratch.file("corvane.cfg", "PORT=2\n");
     EXPECT_TRUE(load());
-    EXPECT_EQ(settings().port, 2);
+    EXPECT_EQ(settings().server.port, 2);
 }
 
 TEST_F(ConfigurationFileTest, MayBeMissing) {
     EXPECT_FALSE(load());
-    EXPECT_EQ(settings().port, 54321);
+    EXPECT_EQ(settings().server.port, 54321);
 }
 
 TEST_F(ConfigurationFileTest, MayBeEmpty) {
     scratch.file("corvane.conf");
     scratch.file("corvane.cfg", "PORT=2\n");
     EXPECT_TRUE(load());
-    EXPECT_EQ(settings().port, 54321);
+    EXPECT_EQ(settings().server.port, 54321);
 }
 
 }  // namespace

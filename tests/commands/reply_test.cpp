@@ -126,7 +126,7 @@ TEST_F(Reply, ToAnUnknownCommandIsAFailureAndAWarning) {
 }
 
 TEST_F(Reply, ToACommandThatIsNotAllowedIsThatOfAnUnknownOne) {
-    server.allowedCommands = {"userDir"};
+    server.options.allowedCommands = {"userDir"};
     EXPECT_EQ(ask("write", scratch / "f"), test::failure("write"));
     EXPECT_FALSE(std::filesystem::exists(scratch / "f"));
     EXPECT_EQ(log.lines().size(), 1U);

@@ -14,8 +14,8 @@ const std::string closeLog = "corvane.server.closesocket ";
 
 class ConnectionsTest : public ServerFixture {
   protected:
-    bool closeAfterError(const char* policy) {
-        props.setProperty("shutdownOnDisconnect", policy);
+    bool closeAfterError(int policy) {
+        server.options.shutdownOnDisconnect = policy;
         return server.errorCloseSocket(accepted(), true);
     }
 };
@@ -102,21 +102,21 @@ TEST_F(ConnectionsTest, WarnWhenTheDescriptorIsNotOpen) {
 
 TEST_F(ConnectionsTest, NeverStopTheServerByPolicy0) {
     const test::ClientSocket client = connect();
-    EXPECT_TRUE(closeAfterError("0"));
+    EXPECT_TRUE(closeAfterError(0));
     const test::ClientSocket another = connect();
-    props.clear();
+    server.options = ServerOptions{};
     EXPECT_TRUE(server.errorCloseSocket(accepted(), true));
 }
 
 TEST_F(ConnectionsTest, StopTheServerWithTheLastOneByPolicy2) {
     const test::ClientSocket first = connect();
     const test::ClientSocket second = connect();
-    EXPECT_TRUE(closeAfterError("2"));
-    EXPECT_FALSE(closeAfterError("2"));
+    EXPECT_TRUE(closeAfterError(2));
+    EXPECT_FALSE(closeAfterError(2));
 }
 
 TEST_F(ConnectionsTest, StopTheServerWithAnyOneByAnyOtherPolicy) {
-    for (const char* policy : {"1", "3", "-1", "true"}) {
+    for (const int policy : {1, 3, -1}) {
         const test::ClientSocket first = connect();
         const test::ClientSocket second = connect();
         EXPECT_FALSE(closeAfterError(policy)) << policy;
@@ -126,7 +126,7 @@ TEST_F(ConnectionsTest, StopTheServerWithAnyOneByAnyOtherPolicy) {
 TEST_F(ConnectionsTest, AreClosedBeforeTheServerIsMarkedForShutdown) {
     const test::ClientSocket client = connect();
     const test::LogCapture log;
-    EXPECT_FALSE(closeAfterError("1"));
+    EXPECT_FALSE(closeAfterError(1));
     EXPECT_EQ(log.lines().back(),
               "INFO corvane.server.process.client.close Marking server for shutdown: closing "
               "client's ?.?.?.?:? connection and SHUTDOWNONDISCONNECT is set");

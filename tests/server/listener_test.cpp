@@ -40,8 +40,8 @@ TEST_F(ListenerTest, LogsEachStep) {
 
 TEST_F(ListenerTest, UsesTheServersAddressAndPort) {
     Server another;
-    another.address = "127.0.0.1";
-    another.port = port;
+    another.options.address = "127.0.0.1";
+    another.options.port = port;
     EXPECT_THROW(another.initServer(), BindException);
 }
 
@@ -78,6 +78,17 @@ TEST_F(ListenerTest, FailsForANumberThatIsNoPort) {
               "Bind error to 127.0.0.1:65536 (" + std::to_string(EINVAL) + ")");
     EXPECT_EQ(failureOf(server, "127.0.0.1", -1),
               "Bind error to 127.0.0.1:-1 (" + std::to_string(EINVAL) + ")");
+}
+
+TEST_F(ListenerTest, MayHaveTheLargestPort) {
+    Server another;
+    try {
+        another.initListener("127.0.0.1", 65535);
+    } catch (const BindException& e) {
+        ASSERT_EQ(e.code, EADDRINUSE);
+        GTEST_SKIP() << "another program has the port";
+    }
+    EXPECT_EQ(formatAddress(another.listeners.front()), "127.0.0.1:65535");
 }
 
 TEST_F(ListenerTest, ResolvesAName) {

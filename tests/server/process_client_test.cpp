@@ -71,10 +71,10 @@ TEST_F(ProcessClientTest, KnowsShutdownInThisSpellingOnly) {
 }
 
 TEST_F(ProcessClientTest, HandsShutdownOverWhenItIsNotAmongTheAllowedCommands) {
-    server.allowedCommands = {"userDir"};
+    server.options.allowedCommands = {"userDir"};
     EXPECT_TRUE(handle("shutdown\0"s));
     EXPECT_EQ(server.commands, Lines{"shutdown"});
-    server.allowedCommands = {"userDir", "shutdown"};
+    server.options.allowedCommands = {"userDir", "shutdown"};
     EXPECT_FALSE(handle("shutdown\0"s));
 }
 
@@ -124,13 +124,13 @@ TEST_F(ProcessClientTest, LetsOtherExceptionsPass) {
 }
 
 TEST_F(ProcessClientTest, StopsAfterAnErrorWhenThePolicySaysSo) {
-    props.setProperty("SHUTDOWNONDISCONNECT", "1");
+    server.options.shutdownOnDisconnect = 1;
     server.onCommand = [](int) { throw Exception("x"); };
     EXPECT_FALSE(handle("userDir\0"s));
 }
 
 TEST_F(ProcessClientTest, RefusesABrowserWithoutRunningWhatItSends) {
-    props.setProperty("SHUTDOWNONDISCONNECT", "1");
+    server.options.shutdownOnDisconnect = 1;
     const test::LogCapture log(log4cpp::Priority::WARN);
     EXPECT_TRUE(handle("POST / HTTP/1.1\r\nHost: x\r\n\r\n\1shutdown\0"s));
     EXPECT_EQ(client->untilEnd(), "<fatalError cmd='POST / HTTP/1.1'/>\0"s);

@@ -103,7 +103,7 @@ TEST_F(ProcessTest, AcceptsOnlyWhenNoClientIsReady) {
 }
 
 TEST_F(ProcessTest, EndsWhenTheInactivityTimeIsOver) {
-    server.inactivity = 1;
+    server.options.inactivity = 1;
     const test::LogCapture log;
     server.process();
     EXPECT_EQ(log.lines(),
@@ -113,7 +113,7 @@ TEST_F(ProcessTest, EndsWhenTheInactivityTimeIsOver) {
 }
 
 TEST_F(ProcessTest, EndsWhenAClientsDisconnectionStopsIt) {
-    props.setProperty("SHUTDOWNONDISCONNECT", "1");
+    server.options.shutdownOnDisconnect = 1;
     test::ClientSocket staying = connect();
     test::ClientSocket leaving = connect();
     leaving.close();

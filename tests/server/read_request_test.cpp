@@ -3,10 +3,10 @@
 #include <sstream>
 #include <thread>
 
-#include "support/held_signals.h"
 #include "server/request_guard.h"
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
+#include "support/held_signals.h"
 
 namespace corvane {
 namespace {
@@ -110,7 +110,7 @@ TEST_F(ReadRequestTest, LetsSignalsInEvenWhenNothingHasToBeWaitedFor) {
 }
 
 TEST_F(ReadRequestTest, LogsEveryByteInOrderWhenAsked) {
-    server.debugRequestRead = true;
+    server.options.debugRequestRead = true;
     test::ClientSocket client = connect();
     client.send("\nA\xFF\0"s);
     const test::LogCapture log;
@@ -161,7 +161,7 @@ TEST_F(ReadRequestTest, FailsOnADescriptorThatIsNotOpen) {
 }
 
 TEST_F(ReadRequestTest, MayBeAsLongAsTheLimitButNotLonger) {
-    server.maxRequest = 8;
+    server.options.maxRequest = 8;
     test::ClientSocket client = connect();
     client.send("12345678\0"s);
     EXPECT_EQ(read(), "12345678");
@@ -192,7 +192,7 @@ TEST_F(ReadRequestTest, LooksForHttpInTheFirstLineOnly) {
 }
 
 TEST_F(ReadRequestTest, TakesHttpForACommandWhenItIsAllowed) {
-    server.allowHttp = true;
+    server.options.allowHttp = true;
     test::ClientSocket client = connect();
     client.send("GET / HTTP/1.1\r\n\1");
     EXPECT_EQ(read(), "GET / HTTP/1.1\r\n");

@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-#include "support/held_signals.h"
 #include "server/server_fixture.h"
+#include "support/held_signals.h"
 #include "support/wait_until.h"
 
 namespace corvane {

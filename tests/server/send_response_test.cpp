@@ -85,7 +85,7 @@ TEST_F(SendResponseTest, FailsOnADescriptorThatIsNotOpen) {
 
 TEST_F(SendResponseTest, GivesAClientThatDoesNotReadUpAfterTheTimeLimit) {
     constexpr int smallBuffer = 4096;
-    server.requestTimeout = 1;
+    server.options.requestTimeout = 1;
     test::ClientSocket client = connect(smallBuffer);
     const std::string text(std::size_t{16} * 1024 * 1024, 'x');
     try {

@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "fileutil/properties.h"
 #include "server/address.h"
 #include "server/server.h"
 #include "support/client_socket.h"
@@ -42,12 +41,10 @@ class TestServer : public Server {
 class ServerFixture : public testing::Test {
   protected:
     ServerFixture() {
-        props.clear();
         server.initListener("127.0.0.1", 0);
         const std::string where = formatAddress(server.listeners.front());
         port = std::stoi(where.substr(where.find(':') + 1));
     }
-    ~ServerFixture() override { props.clear(); }
 
     /// Connects a client; the server's end is the last of server.clients then.
     test::ClientSocket connect(int receiveBuffer = 0) {
