@@ -23,6 +23,11 @@ class Fault:
         return self.error in (HALF, errno.EINTR) or self.call.startswith("epoll_")
 
     @property
+    def must_fail_a_request(self):
+        """The end of a file tells of what could not be stored: no success may hide it."""
+        return self.call in ("close_written", "fclose")
+
+    @property
     def log_text(self):
         """What the log has to say in one of the runs at least; empty for nothing certain."""
         return LOG_TEXTS.get(self.call, "").format(self.error)
@@ -42,10 +47,11 @@ class Fault:
         return self.call == "malloc"
 
 
-# The first error of each call is the one that the quick run takes.
+# The quick run takes the first error of each call, and an interruption of those that move data.
 ERRORS = {
     "accept4": [errno.EMFILE, errno.ECONNABORTED, errno.EINTR],
     "close": [errno.EIO],
+    "close_written": [errno.EDQUOT],
     "copy_file_range": [errno.ENOSPC, errno.EXDEV, HALF],
     "epoll_ctl": [errno.ENOSPC, errno.ENOMEM],
     "epoll_wait": [errno.ENOMEM, errno.EINTR],
@@ -81,6 +87,14 @@ LOG_TEXTS = {
 }
 
 
+INTERRUPTED = ("read", "recv", "send", "sendmsg", "write")
+
+
 def faults(quick):
-    """All faults, or the first of each call."""
-    return [Fault(call, error) for call, errors in ERRORS.items() for error in errors[: 1 if quick else None]]
+    """All faults, or those of the quick run."""
+
+    def is_quick(call, error):
+        return error == ERRORS[call][0] or (error == errno.EINTR and call in INTERRUPTED)
+
+    return [Fault(call, error) for call, errors in ERRORS.items() for error in errors
+            if not quick or is_quick(call, error)]

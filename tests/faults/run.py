@@ -43,6 +43,8 @@ def run_once(arguments, fault, nth):
             serving = server.serves()
             if bad and serving and (len(bad) > 1 or fault.must_not_be_noticed or not server.fault_happened):
                 problems.append(f"failed requests: {bad}")
+            if fault.must_fail_a_request and server.fault_happened and not bad:
+                problems.append("no request failed")
             if serving:
                 server.check_nothing_kept()
             if serving and not server.ended():

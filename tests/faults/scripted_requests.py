@@ -7,6 +7,7 @@ from html import unescape
 
 TEXT = "".join(f"line {i} <&> \"quoted\"\n" for i in range(300))
 BIG = bytes(i * 7 % 251 for i in range(300_000))
+LONG_TEXT = "0123456789abcdef" * 20_000
 WRITTEN = "0123456789abcdef" * 1024
 
 SUCCESS, FAILED, CLOSED = "SUCCESS", "FAILED", "closed"
@@ -16,6 +17,7 @@ def prepare(work, home):
     """Makes the files that the requests work on."""
     (work / "in.txt").write_text(TEXT)
     (work / "big.bin").write_bytes(BIG)
+    (work / "long.txt").write_text(LONG_TEXT)
     for tree in ("tree", "gonetree"):
         (work / tree / "sub" / "deep").mkdir(parents=True)
         (work / tree / "a.txt").write_text("a" * 100)
@@ -105,6 +107,7 @@ GROUPS = [
         Request("write", "out.txt", WRITTEN, check=whole_or_absent(lambda _: WRITTEN.encode(), "out.txt")),
         Request("readText", "in.txt", check=answers(lambda reply: unescape(
             re.search(r'extra="">(.*)</Detail>', reply, re.S)[1]) == TEXT)),
+        Request("readText", "long.txt", check=answers(lambda reply: LONG_TEXT in reply)),
         Request("readByte", "in.txt", "5", check=answers(lambda reply: value_of(reply) == str(ord(TEXT[5])))),
         Request("listDir", "tree", check=answers(lambda reply: "a.txt" in reply and "sub" in reply)),
     ],

@@ -11,7 +11,7 @@ from pathlib import Path
 from scripted_requests import CLOSED, FAILED, SUCCESS, prepare
 
 # Seconds after which whatever did not happen counts as a hang.
-PATIENCE = 10
+PATIENCE = 60
 
 
 class Hang(Exception):

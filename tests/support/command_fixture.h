@@ -15,8 +15,8 @@
 
 #include "commands/corvane_server.h"
 #include "platform/file_desc.h"
-#include "server/address.h"
 #include "platform/waiting.h"
+#include "server/address.h"
 #include "support/log_capture.h"
 #include "support/scratch_directory.h"
 #include "text/memory_stream.h"

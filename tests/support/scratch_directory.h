@@ -15,10 +15,15 @@
 
 namespace corvane::test {
 
-/// The bytes of a file; empty when it cannot be read.
+/// The bytes of a file; empty when it cannot be read, as the files in /proc of a process that ends
+/// meanwhile (stream buffers throw then).
 inline std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    try {
+        return {std::istreambuf_iterator<char>(file), {}};
+    } catch (const std::ios_base::failure&) {
+        return "";
+    }
 }
 
 /// Creates a file, or replaces one, with these bytes. Throws std::runtime_error.

@@ -34,11 +34,21 @@ std::vector<std::string> statFields(pid_t pid) {
     return {std::istream_iterator<std::string>(fields), {}};
 }
 
+/// Names in a directory that may vanish meanwhile.
+std::vector<std::string> namesIn(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code gone;
+    for (fs::directory_iterator i(directory, gone); i != fs::directory_iterator();
+         i.increment(gone)) {
+        names.push_back(i->path().filename());
+    }
+    return names;
+}
+
 /// Calls `visit` with the id of every process of the system.
 template <typename Visit>
 void forEachProcess(Visit visit) {
-    for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
-        const std::string name = entry.path().filename();
+    for (const std::string& name : namesIn("/proc")) {
         if (name.find_first_not_of("0123456789") == std::string::npos) {
             visit(static_cast<pid_t>(std::stol(name)));
         }
@@ -202,9 +212,7 @@ bool ServerProcess::findDetached() {
 }
 
 int ServerProcess::descriptors() const {
-    std::error_code gone;
-    const fs::directory_iterator entries("/proc/" + std::to_string(pid_) + "/fd", gone);
-    return static_cast<int>(std::distance(fs::begin(entries), fs::end(entries)));
+    return static_cast<int>(namesIn("/proc/" + std::to_string(pid_) + "/fd").size());
 }
 
 bool ServerProcess::hasZombies() const {
