@@ -46,12 +46,20 @@ class OrderedMap : public Map {
         return found == entries_.end() ? nullptr : found->second.c_str();
     }
     void setProperty(const std::string& key, const std::string& value) override {
-        entries_.insert_or_assign(key, value);
+        last_ = entries_.insert_or_assign(last_, key, value);
+        ++last_;
     }
-    void clear() override { entries_.clear(); }
+    void clear() override {
+        entries_.clear();
+        last_ = entries_.end();
+    }
 
   private:
-    std::map<std::string, std::string, Less> entries_;
+    using Entries = std::map<std::string, std::string, Less>;
+
+    Entries entries_;
+    /// Behind the entry that was set last: files are often sorted.
+    typename Entries::iterator last_ = entries_.end();
 };
 
 using MapCS = OrderedMap<std::less<std::string>>;
@@ -70,7 +78,8 @@ class Properties {
     /// loading without a word. Blanks at both ends of a line are dropped, empty lines and lines
     /// that begin with "#" are skipped, and so are lines without "="; the key is all before the
     /// first "=", the value all after it. Throws FileNotFoundException when the file cannot be
-    /// opened, or is a pipe or device, and changes nothing then.
+    /// opened, or is a pipe, and changes nothing then; "read file '%s' error" (EINTR) when the
+    /// program has to stop meanwhile.
     void load(const std::string& path);
 
     const char* getProperty(const std::string& key) const { return map_->getProperty(key); }

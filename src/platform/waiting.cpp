@@ -102,7 +102,11 @@ bool stopRequested() { return stopWanted != 0; }
 
 bool interrupted() {
     deliverPendingSignals();
-    return stopRequested();
+    if (stopRequested()) {
+        errno = EINTR;
+        return true;
+    }
+    return false;
 }
 
 Deadline deadlineAfter(int secondsAway) {

@@ -34,8 +34,8 @@ bool deliverPendingSignals();
 void requestStop();
 bool stopRequested();
 
-/// Runs the handlers of signals that have arrived, and returns whether the program has to stop: for
-/// loops that may last, once for each block. It costs one system call.
+/// Runs the handlers of signals that have arrived, and returns whether the program has to stop, with
+/// errno EINTR then: for loops that may last, once for each block. It costs one system call.
 bool interrupted();
 
 using Deadline = std::optional<std::chrono::steady_clock::time_point>;
