@@ -9,10 +9,11 @@
 #include <log4cpp/SimpleLayout.hh>
 #include <stdexcept>
 
-#include "log/default_layout.h"
+#include "app/settings.h"
 #include "fileutil/paths.h"
-#include "text/exception.h"
+#include "log/default_layout.h"
 #include "log/log.h"
+#include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
 
@@ -66,14 +67,14 @@ void Log4cppConfigurator::configure(const std::string& name, const Properties& s
     Category& root = Category::getRoot();
     root.removeAllAppenders();
     Category& log = Category::getInstance("corvane.log");
-    const std::string pattern = settings.getPropertyAsString("log4cpp.pattern", defaultPattern);
+    const LogSettings wanted(settings);
     if (console) {
         attach(root, "console", ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1),
-               pattern);
+               wanted.pattern);
     }
-    LogLevel::set(priorityOf(settings.getPropertyAsString("log4cpp.priority", "DEBUG")));
+    LogLevel::set(priorityOf(wanted.priority));
     log.debug("acs is %d", strconv::getACS());
-    attach(root, "file", openLogFile(log, format("%s%d.log", name.c_str(), port)), pattern);
+    attach(root, "file", openLogFile(log, format("%s%d.log", name.c_str(), port)), wanted.pattern);
 }
 
 std::unique_ptr<log4cpp::Layout> getLayout(const std::string& spec) {

@@ -1,12 +1,14 @@
 #include "app/settings.h"
 
 #include <algorithm>
+#include <climits>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "commands/wndutil.h"
+#include "log/default_layout.h"
 #include "text/exception.h"
 #include "text/strings.h"
 
@@ -14,6 +16,7 @@ namespace corvane {
 namespace {
 
 constexpr int defaultPort = 54321;
+constexpr int largestPort = 65535;
 
 bool loadIfThere(Properties& store, const std::string& path) {
     try {
@@ -22,6 +25,16 @@ bool loadIfThere(Properties& store, const std::string& path) {
     } catch (const FileNotFoundException&) {
         return false;
     }
+}
+
+int numberOf(const Properties& store, const std::string& key, int def, int lowest, int highest) {
+    const int number = store.getInt(key, def);
+    if (number < lowest || number > highest) {
+        const std::string text = store.getPropertyAsString(key, "");
+        throw ConfigureFailure(format("%s=%s is not possible: it must be a number from %d to %d",
+                                      key.c_str(), text.c_str(), lowest, highest));
+    }
+    return number;
 }
 
 // Limits below 0 make no sense; they count as "no limit".
@@ -51,10 +64,14 @@ bool loadConfiguration(Properties& store, const std::string& directory) {
            loadIfThere(store, directory + OTHER_CONFIG_FILE);
 }
 
+LogSettings::LogSettings(const Properties& store)
+    : pattern(store.getPropertyAsString("log4cpp.pattern", defaultPattern)),
+      priority(store.getPropertyAsString("log4cpp.priority", "DEBUG")) {}
+
 Settings::Settings(const Properties& store)
     : server{.address = store.getPropertyAsString("ADDRESS", "127.0.0.1"),
-             .port = store.getInt("PORT", defaultPort),
-             .inactivity = store.getInt("INACTIVITY", 0),
+             .port = numberOf(store, "PORT", defaultPort, 0, largestPort),
+             .inactivity = numberOf(store, "INACTIVITY", 0, 0, INT_MAX),
              .closeOnFatal = store.getBool("CLOSEONFATAL", false),
              .debugRequestRead = store.getBool("DEBUGREQUESTREAD", false),
              .requestTimeout = limitOf(store, "REQUESTTIMEOUT"),

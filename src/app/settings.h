@@ -1,4 +1,7 @@
-// The configuration file and the keys that the start of the program reads from it.
+// The configuration file and its keys. Every key is read here, once, but for the programs of file
+// extensions ("app.EXT"), which the launcher looks up. A new key needs: its field, its line in
+// settings.cpp, and a word in packaging/corvane.conf, in the manual page and in README's table;
+// tests fail when one of them is missing.
 #pragma once
 
 #include <string>
@@ -17,8 +20,19 @@ inline constexpr const char* OTHER_CONFIG_FILE = "corvane.cfg";
 /// none; that is no failure.
 bool loadConfiguration(Properties& store, const std::string& directory);
 
+/// The keys of the logging set-up, which needs them before all others can be complained about.
+struct LogSettings {
+    explicit LogSettings(const Properties& store);
+
+    /// "basic", "simple" or a conversion pattern of log4cpp.
+    std::string pattern;
+    /// A priority's name as log4cpp knows it; it is not checked here.
+    std::string priority;
+};
+
 struct Settings {
-    /// Reads all keys with their defaults.
+    /// Reads all other keys with their defaults. Throws ConfigureFailure for a number that the
+    /// server could not work with; what is no number at all counts as not set.
     explicit Settings(const Properties& store);
 
     /// Hands over what the server and the commands need to know. The address "any" leaves the

@@ -2,21 +2,25 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <log4cpp/Category.hh>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "app/detach.h"
 #include "app/instance.h"
 #include "app/logging.h"
 #include "app/settings.h"
 #include "app/signals.h"
+#include "commands/corvane_server.h"
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
+#include "log/log.h"
 #include "platform/system.h"
 #include "text/exception.h"
-#include "log/log.h"
 #include "text/strconv.h"
 
 namespace corvane {
@@ -75,6 +79,21 @@ void enterWorkingDirectory(log4cpp::Category& log, const std::string& directory)
     log.info("Current dir is '%s'", getCurrentDirectory().c_str());
 }
 
+bool isCommand(const std::string& name) {
+    return name == "shutdown" ||
+           std::any_of(commandTable.begin(), commandTable.end(),
+                       [&name](const Command& command) { return command.name == name; });
+}
+
+// A misspelt name would otherwise show only when the command is refused.
+void warnOfUnknownCommands(log4cpp::Category& log, const ServerOptions& options) {
+    for (const std::string& name : options.allowedCommands.value_or(std::vector<std::string>{})) {
+        if (!isCommand(name)) {
+            log.warn("COMMANDS: there is no command '%s'", name.c_str());
+        }
+    }
+}
+
 void serve(log4cpp::Category& log) {
     platform::keepFreedMemory();  // the server gives it back when it is idle
     try {
@@ -119,6 +138,7 @@ int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
     }
     log.notice("start %s v. %s", productName, CORVANE_VERSION);
     enterWorkingDirectory(log, settings.currentDirectory);
+    warnOfUnknownCommands(log, settings.server);
     // cppcheck-suppress danglingLifetime ; stop() clears it again
     server = newServer.get();
     settings.apply(*server);

@@ -3,15 +3,27 @@
 #include <gtest/gtest.h>
 
 #include "support/scratch_directory.h"
+#include "text/exception.h"
 
 namespace corvane {
 namespace {
 
+using std::string_literals::operator""s;
 using test::ScratchDirectory;
 
 class SettingsTest : public testing::Test {
   protected:
     Settings settings() const { return Settings(store); }
+
+    /// What Settings throws; empty when they can be read.
+    std::string refusal() const {
+        try {
+            settings();
+        } catch (const ConfigureFailure& e) {
+            return e.what();
+        }
+        return "";
+    }
 
     Properties store{false};
 };
@@ -59,6 +71,23 @@ TEST_F(SettingsTest, FallBackToTheDefaultForAMalformedNumber) {
     store.setProperty("CONSOLE", "maybe");
     EXPECT_EQ(settings().server.port, 54321);
     EXPECT_TRUE(settings().console);
+}
+
+TEST_F(SettingsTest, RefuseANumberThatIsNoPortAndSayWhatIsOne) {
+    for (const char* port : {"65536", "-1", "99999999999"}) {
+        store.setProperty("PORT", port);
+        EXPECT_EQ(refusal(),
+                  "PORT="s + port + " is not possible: it must be a number from 0 to 65535");
+    }
+    for (const char* port : {"0", "65535", "", "abc"}) {
+        store.setProperty("PORT", port);
+        EXPECT_EQ(refusal(), "") << port;
+    }
+}
+
+TEST_F(SettingsTest, RefuseAnInactivityTimeBelowZero) {
+    store.setProperty("INACTIVITY", "-1");
+    EXPECT_EQ(refusal(), "INACTIVITY=-1 is not possible: it must be a number from 0 to 2147483647");
 }
 
 TEST_F(SettingsTest, CountLimitsBelowZeroAsNone) {

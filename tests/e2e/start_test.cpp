@@ -130,6 +130,30 @@ TEST_F(StartTest, EndsForAnUnknownLogLevelAndOpensNoLog) {
     EXPECT_FALSE(std::filesystem::exists(server.directory() / "cv0.log"));
 }
 
+TEST_F(StartTest, EndsForANumberThatItCannotWorkWithAndOpensNoLog) {
+    const std::string refused = "Initializing app\ncorvane init error:\n";
+    EXPECT_EQ(start("PORT=70000\n").wait(), 255);
+    EXPECT_EQ(server().output(),
+              refused + "PORT=70000 is not possible: it must be a number from 0 to 65535\n");
+    EXPECT_EQ(start("INACTIVITY=-1\n").wait(), 255);
+    EXPECT_EQ(
+        server().output(),
+        refused + "INACTIVITY=-1 is not possible: it must be a number from 0 to 2147483647\n");
+    EXPECT_FALSE(std::filesystem::exists(server().directory() / "cv0.log"));
+}
+
+TEST_F(StartTest, WarnsOfNamesInTheCommandListThatAreNoCommands) {
+    start("COMMANDS=userDir,listdir,shutdown,\n");
+    std::vector<std::string> warnings;
+    for (const std::string& line : server().logLines()) {
+        if (line.rfind("WARN", 0) == 0) {
+            warnings.push_back(line);
+        }
+    }
+    EXPECT_EQ(warnings,
+              std::vector<std::string>{"WARN corvane COMMANDS: there is no command 'listdir'"});
+}
+
 TEST_F(StartTest, ReportsAPortThatIsTakenInTheLog) {
     ServerProcess& first = start();
     const std::string port = std::to_string(first.port());

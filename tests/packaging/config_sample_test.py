@@ -1,5 +1,5 @@
-"""Keeps packaging/corvane.conf and the manual page in step with the code: every key that the code
-reads is shown, with its default, and no other.
+"""Keeps packaging/corvane.conf, the manual page and README's table in step with the code: every key
+that the code reads is shown, with its default, and no other.
 
 Usage: config_sample_test.py SOURCE_DIRECTORY
 """
@@ -11,8 +11,8 @@ from pathlib import Path
 ROOT = Path(sys.argv[1])
 
 CALL = re.compile(
-    r"\b(?:getInt|getBool|getString|getPropertyAsString|getProperty|limitOf)\s*\("
-    r"\s*(?:store\s*,\s*)?\"(?P<key>[^\"]+)\"\s*(?:,\s*(?P<default>\"[^\"]*\"|\w+))?\s*\)")
+    r"\b(?:getInt|getBool|getString|getPropertyAsString|getProperty|limitOf|numberOf)\s*\("
+    r"\s*(?:store\s*,\s*)?\"(?P<key>[^\"]+)\"\s*(?:,\s*(?P<default>\"[^\"]*\"|\w+))?\s*[,)]")
 CONSTANT = re.compile(r"constexpr (?:int|const char\*) (\w+) = \"?([^\";]*)\"?;")
 # Its keys are put together at run time, from an extension.
 EXTENSION_KEYS = {"app.EXT": "", "app.EXT.mac": ""}
@@ -48,9 +48,14 @@ class ConfigSampleTest(unittest.TestCase):
         computed = re.compile(r"\.(?:getInt|getBool|getString|getPropertyAsString|getProperty)\((?!\")")
         places = {path.name: len(computed.findall(path.read_text()))
                   for path in (ROOT / "src").rglob("*.cpp") if path.name != "properties.cpp"}
-        # limitOf() of the settings, an extension's program, a registry key
+        # limitOf() and numberOf() of the settings, an extension's program, a registry key
         self.assertEqual({name: count for name, count in places.items() if count},
-                         {"settings.cpp": 1, "launcher.cpp": 2, "registry.cpp": 1})
+                         {"settings.cpp": 3, "launcher.cpp": 2, "registry.cpp": 1})
+
+    def test_finds_every_look_up_in_the_settings(self):
+        readers = [path.name for path in (ROOT / "src").rglob("*.cpp")
+                   if CALL.search(path.read_text())]
+        self.assertEqual(readers, ["settings.cpp"])
 
     def test_shows_every_key_with_its_default(self):
         self.assertEqual(keys_of_sample(), keys_of_code())
@@ -69,6 +74,14 @@ class ConfigSampleTest(unittest.TestCase):
     def test_manual_page_explains_the_same_keys(self):
         page = (ROOT / "docs" / "man" / "corvane.conf.5").read_text()
         self.assertEqual(set(re.findall(r"^\.It Cm (\S+) Ns = ", page, re.M)), set(keys_of_code()))
+
+    def test_readme_lists_the_same_keys_with_their_defaults(self):
+        readme = (ROOT / "README.md").read_text()
+        table = readme.split("## Configuration")[1].split("\n## ")[0]
+        rows = re.findall(r"^\| (`[^|]*`) \| ([^|]*?) ?\| [^|]+ \|$", table, re.M)
+        shown = {key: default.strip("`") for keys, default in rows
+                 for key in re.findall(r"`([^`]+)`", keys)}
+        self.assertEqual(shown, keys_of_code())
 
 
 if __name__ == "__main__":
