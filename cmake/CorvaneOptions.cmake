@@ -39,16 +39,18 @@ if(CORVANE_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   endif()
 endif()
 
-# corvane_test(NAME SOURCES... [LINK libraries...]): one GoogleTest program, each test known to CTest.
+# corvane_test(NAME SOURCES... [PREFIX text] [LINK libraries...]): one GoogleTest program, each test
+# known to CTest, by its name behind the prefix.
 function(corvane_test name)
   set(sanitized false)
   if(CORVANE_SANITIZE)
     set(sanitized true)
   endif()
-  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
+  cmake_parse_arguments(ARG "" "PREFIX" "LINK" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE corvane_options ${ARG_LINK} GTest::gtest GTest::gtest_main)
   target_compile_definitions(${name} PRIVATE CORVANE_SANITIZED=${sanitized})
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} TEST_PREFIX "${ARG_PREFIX}" DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300)
 endfunction()

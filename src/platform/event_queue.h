@@ -1,6 +1,6 @@
 // The system's own edge-triggered queue of sockets that have become readable, which a silent socket
-// costs nothing: epoll(7) on Linux. On macOS there is none yet, and the caller waits with pselect.
-// One file per system implements it: event_queue_linux.cpp and event_queue_macos.cpp.
+// costs nothing: epoll(7) on Linux, kqueue(2) on macOS. One file per system implements it:
+// event_queue_linux.cpp and event_queue_macos.cpp.
 #pragma once
 
 #include <signal.h>
@@ -15,7 +15,8 @@ namespace corvane::platform {
 struct SocketEvent {
     int sock;
     /// A hang-up, or something else that is no plain bytes, may have come together with bytes: once
-    /// these are drained, the socket has to be re-armed, or the rest is never listed.
+    /// these are drained, the socket has to be re-armed, or the rest is never listed. Always so on
+    /// macOS.
     bool needsRearm;
 };
 
@@ -29,7 +30,8 @@ class EventQueue {
     EventQueue& operator=(EventQueue&&) = delete;
 
     /// Opens the queue for a process that keeps `signals` blocked: wait() ends when one of them is
-    /// pending. Does nothing when it is open; where it fails, so does everything else.
+    /// pending. Does nothing when it is open; where it fails, so does everything else. A child of
+    /// fork(2) cannot use the queue of its parent: macOS does not hand it on.
     void open(const sigset_t& signals);
     /// Lists a socket once each time that something arrives in it, and now if something is there
     /// already. Returns false, with errno, when that cannot be done.
@@ -40,15 +42,19 @@ class EventQueue {
     /// No longer lists a socket. One that is closed needs no such call.
     void unwatch(int sock);
 
-    /// Waits until a socket is listed, for at most `limit`, and fills `events` with all that are
-    /// listed. They may be out of date. Returns how many they are, or -1 with errno: EINTR when a
-    /// signal is pending or was handled. `events` is filled then as well.
+    /// Waits until a socket is listed, for at most `limit` or 24.8 days, and fills `events` with
+    /// all that are listed. They may be out of date, and there may be none before the time is over.
+    /// Returns how many they are, or -1 with errno: EINTR when a signal is pending or was handled.
+    /// `events` is filled then as well.
     int wait(std::optional<std::chrono::milliseconds> limit, std::vector<SocketEvent>& events);
 
   private:
-    // Not used on macOS.
-    [[maybe_unused]] int queue_ = -1;
+    int queue_ = -1;
+    // On Linux, a descriptor that can be read while a signal is pending.
     [[maybe_unused]] int signals_ = -1;
+    // On macOS, the signals themselves, and whether one was told of that is not pending yet.
+    [[maybe_unused]] sigset_t held_{};
+    [[maybe_unused]] bool isSignalDue_ = false;
 };
 
 }  // namespace corvane::platform
