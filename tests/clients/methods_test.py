@@ -11,6 +11,13 @@ ROOT = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else pathlib.Path(__file__
 # What the libraries have besides the commands.
 EXTRA = {"new", "setTimeout", "close", "shutdown"}
 
+# Words that ActionScript 3 compilers refuse or misread as names: reserved ones and those that mean
+# something in some places only.
+AS3_WORDS = set("""as break case catch class const continue default delete do else extends false
+finally for function if implements import in instanceof interface internal is native new null package
+private protected public return super switch this throw to true try typeof use var void while with
+each get set namespace include dynamic final override static""".split())
+
 
 def server_commands():
     header = (ROOT / "src/commands/corvane_server.h").read_text("utf-8")
@@ -41,12 +48,14 @@ def main():
     commands = server_commands()
     haxe = methods("clients/haxe/corvane/CorvaneClient.hx", r"\n  public function (\w+)\((.*?)\)(?::Void)? \{\n")
     as3 = methods("clients/as3/corvane/CorvaneClient.as", r"\n    public function (\w+)\((.*?)\)(?::void)? \{\n")
+    words = AS3_WORDS.intersection(name for method in as3.items() for name in (method[0], *method[1]))
     as3 = {{"CorvaneClient": "new", "delete_": "delete"}.get(name, name): names for name, names in as3.items()}
     headings = re.findall(r"^### (\w+)$", (ROOT / "docs/protocol.md").read_text("utf-8"), re.MULTILINE)
 
     well = len(commands) == 22
     if not well:
         print(f"The server's table was not understood: {commands}")
+    well &= report("names in ActionScript that it keeps for itself", words, [])
     well &= report("clients/haxe", haxe, EXTRA.union(commands))
     well &= report("clients/as3", as3, EXTRA.union(commands))
     well &= report("docs/protocol.md", headings, commands)

@@ -68,9 +68,9 @@ package corvane {
      * Copies a file, or what is in a directory into an existing directory. The extensions (without
      * dot; null for no limit) choose files of a directory, not a single file.
      */
-    public function copy(source:String, destination:String, recursive:Boolean, include:Array, exclude:Array,
+    public function copy(source:String, destination:String, recursive:Boolean, included:Array, excluded:Array,
         done:Function):void {
-      request("copy", [source, destination, recursive ? "true" : "false", list(include), list(exclude)], nothing, done);
+      request("copy", [source, destination, recursive ? "true" : "false", list(included), list(excluded)], nothing, done);
     }
 
     /** Moves a file. A directory is moved only when it is empty, else it is copied and this fails. */
@@ -162,10 +162,13 @@ package corvane {
       request("clipboardGet", [], value, done);
     }
 
-    /** Ends the server. It sends no reply: success is the end of the connection. */
+    /** Ends the server; success is the end of the connection. Its configuration may refuse it. */
     public function shutdown(done:Function):void {
       connection.send(new Request("shutdown", "shutdown", true, function(reply:Reply, failure:Failure):void {
-        done(failure == null ? Outcome.success(true) : Outcome.failed(failure));
+        if (failure != null)
+          done(Outcome.failed(failure));
+        else
+          done(reply == null ? Outcome.success(true) : outcome(reply, nothing));
       }));
     }
 

@@ -6,12 +6,12 @@ package corvane {
     /** All of the request but the terminator, which the socket adds. */
     public var text:String;
 
-    /** True for "shutdown", which has no reply: the end of the connection is its success. */
+    /** True for "shutdown", whose success is the end of the connection instead of a reply. */
     public var endsServer:Boolean;
 
     /**
      * function(reply:Reply, failure:Failure):void, called exactly once: with the reply and null, or
-     * with null and the failure; with null twice for "shutdown".
+     * with null and the failure; with null twice for the end of a server.
      */
     public var done:Function;
 

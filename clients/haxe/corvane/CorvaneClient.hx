@@ -67,9 +67,9 @@ class CorvaneClient {
     Copies a file, or what is in a directory into an existing directory. The extensions (without
     dot; null for no limit) choose files of a directory, not a single file.
   **/
-  public function copy(source:String, destination:String, recursive:Bool, include:Null<Array<String>>, exclude:Null<Array<String>>,
+  public function copy(source:String, destination:String, recursive:Bool, included:Null<Array<String>>, excluded:Null<Array<String>>,
       done:Outcome<Bool>->Void):Void {
-    request("copy", [source, destination, recursive ? "true" : "false", list(include), list(exclude)], nothing, done);
+    request("copy", [source, destination, recursive ? "true" : "false", list(included), list(excluded)], nothing, done);
   }
 
   /** Moves a file. A directory is moved only when it is empty, else it is copied and this fails. **/
@@ -160,10 +160,13 @@ class CorvaneClient {
     request("clipboardGet", [], value, done);
   }
 
-  /** Ends the server. It sends no reply: success is the end of the connection. **/
+  /** Ends the server; success is the end of the connection. Its configuration may refuse it. **/
   public function shutdown(done:Outcome<Bool>->Void):Void {
     connection.send(new Request("shutdown", "shutdown", true, (reply, failure) -> {
-      done(failure == null ? Outcome.success(true) : Outcome.failed(failure));
+      if (failure != null)
+        done(Outcome.failed(failure));
+      else
+        done(reply == null ? Outcome.success(true) : outcome(reply, nothing));
     }));
   }
 

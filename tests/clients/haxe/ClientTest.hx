@@ -23,6 +23,7 @@ class ClientTest {
     sendsOnlyTheNumbersThatTheFlagsName();
     takesTheEndForTheAnswerToShutdown();
     doesNotTakeAFailedConnectionForAShutdown();
+    tellsWhenAShutdownIsRefused();
     answersEverythingWhenClosed();
     Sys.println(failures == 0 ? "client: all tests passed" : 'client: $failures checks failed');
     Sys.exit(failures == 0 ? 0 : 1);
@@ -166,6 +167,16 @@ class ClientTest {
     client.shutdown(outcome -> result = outcome);
     Socket.last.drop();
     equal(result.failure.kind, Failure.DISCONNECTED);
+  }
+
+  static function tellsWhenAShutdownIsRefused() {
+    var client = connected();
+    var result:Outcome<Bool> = null;
+    client.shutdown(outcome -> result = outcome);
+    Socket.last.received(envelope("shutdown", "FAILED", "", ""));
+    equal(result.ok, false);
+    equal(result.failure.kind, Failure.REFUSED);
+    equal(Socket.last.isOpen(), true);
   }
 
   static function answersEverythingWhenClosed() {
