@@ -1,6 +1,6 @@
 """Installs the build into a scratch prefix and uses it from there.
 
-Usage: install_test.py CMAKE BUILD_DIRECTORY
+Usage: install_test.py CMAKE BUILD_DIRECTORY PACKAGING_DIRECTORY
 """
 import os
 import re
@@ -10,7 +10,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-CMAKE, BUILD = sys.argv[1:3]
+CMAKE, BUILD, PACKAGING = sys.argv[1:4]
 
 
 class InstallTest(unittest.TestCase):
@@ -30,6 +30,20 @@ class InstallTest(unittest.TestCase):
         return subprocess.run([self.prefix / "bin" / "corvane", *arguments], capture_output=True,
                               text=True, timeout=60, check=False)
 
+    def install_configuration(self, prefix, destination):
+        """As the installation with this prefix does, whatever prefix the build was made for."""
+        subprocess.run([CMAKE, f"-DCMAKE_INSTALL_PREFIX={prefix}", "-P",
+                        Path(PACKAGING) / "install_config.cmake"], check=True,
+                       env=dict(os.environ, DESTDIR=str(destination)), stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
+
+    def first_line(self, command, **options):
+        """What a server that is found prints first."""
+        environment = dict(os.environ, HOME=str(self.home), **options.pop("environment", {}))
+        result = subprocess.run(command, env=environment, capture_output=True, text=True,
+                                timeout=60, check=False, **options)
+        return result.stdout.partition("\n")[0], result.stderr
+
     def test_the_launcher_answers_help_and_version_itself(self):
         self.assertIn("Usage: corvane", self.launcher("--help").stdout)
         self.assertRegex(self.launcher("--version").stdout, r"^corvane \d+(\.\d+)+\n$")
@@ -42,6 +56,33 @@ class InstallTest(unittest.TestCase):
         self.install()
         self.assertEqual(config.read_text(), "PORT=0\n")
         self.assertEqual((self.prefix / "lib/corvane/corvane.conf").read_text(), "PORT=0\n")
+
+    def test_the_place_of_the_configuration_is_that_of_the_installations_prefix(self):
+        elsewhere, system = self.home / "elsewhere", self.home / "system"
+        self.install_configuration(elsewhere, "")
+        self.assertTrue((elsewhere / "etc/corvane/corvane.conf").is_file())
+        self.assertEqual(os.readlink(elsewhere / "lib/corvane/corvane.conf"),
+                         "../../etc/corvane/corvane.conf")
+        self.install_configuration("/usr", system)
+        self.assertTrue((system / "etc/corvane/corvane.conf").is_file())
+        self.assertEqual(os.readlink(system / "usr/lib/corvane/corvane.conf"),
+                         "/etc/corvane/corvane.conf")
+        self.assertFalse((system / "usr/etc").exists())
+
+    def test_the_build_leaves_that_choice_to_the_installation(self):
+        script = (Path(BUILD) / "packaging" / "cmake_install.cmake").read_text()
+        self.assertIn("install_config.cmake", script)
+        self.assertNotRegex(script, r"[\"} ]/etc/corvane")
+
+    def test_the_launcher_finds_the_server_through_a_link_to_its_directory(self):
+        (self.prefix / "etc" / "corvane" / "corvane.conf").write_text("PORT=70000\n")
+        started = ("Initializing app", "")
+        (self.home / "programs").symlink_to("../prefix/bin")
+        self.assertEqual(self.first_line([self.home / "programs" / "corvane"]), started)
+        (self.home / "lib").mkdir()
+        search = {"CDPATH": str(self.prefix)}
+        self.assertEqual(self.first_line(["sh", "bin/corvane"], cwd=self.prefix,
+                                         environment=search), started)
 
     def test_the_installed_server_answers_when_started_through_a_link(self):
         (self.prefix / "etc" / "corvane" / "corvane.conf").write_text("PORT=0\n")
