@@ -19,6 +19,7 @@
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
 #include "log/log.h"
+#include "platform/descriptor_limit.h"
 #include "platform/system.h"
 #include "text/exception.h"
 #include "text/strconv.h"
@@ -95,6 +96,7 @@ void warnOfUnknownCommands(log4cpp::Category& log, const ServerOptions& options)
 }
 
 void serve(log4cpp::Category& log) {
+    raiseDescriptorLimit();
     platform::keepFreedMemory();  // the server gives it back when it is idle
     try {
         server->initServer();

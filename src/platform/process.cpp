@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 
+#include "platform/descriptor_limit.h"
 #include "platform/system.h"
 
 namespace corvane {
@@ -52,6 +53,7 @@ pid_t startProgram(const std::vector<std::string>& arguments, StandardStreams st
         openNullDevice();
     }
     resetSignals();
+    restoreDescriptorLimit();
     ::execvp(argv[0], argv.data());
     ::_exit(255);
 }

@@ -10,8 +10,9 @@
 
 namespace corvane::platform {
 
-/// Accepts one connection without waiting. The new socket is blocking, close-on-exec and raises no
-/// SIGPIPE. Returns the descriptor and fills `peer`, or -1 with errno as by accept(2).
+/// Accepts one connection without waiting. The new socket is non-blocking, close-on-exec and raises
+/// no SIGPIPE. Returns the descriptor and fills `peer`, or -1 with errno as by accept(2). The family
+/// of a peer that the system has forgotten, after a reset, is AF_UNSPEC.
 int acceptConnection(int listener, sockaddr_in& peer);
 
 /// Makes the connections of a listener spend as little as possible on the control of congestion,

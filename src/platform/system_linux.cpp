@@ -13,8 +13,10 @@
 namespace corvane::platform {
 
 int acceptConnection(int listener, sockaddr_in& peer) {
+    peer = {};
     socklen_t length = sizeof peer;
-    return ::accept4(listener, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC);
+    return ::accept4(listener, reinterpret_cast<sockaddr*>(&peer), &length,
+                     SOCK_CLOEXEC | SOCK_NONBLOCK);
 }
 
 void simplifyCongestionControl(int listener) {

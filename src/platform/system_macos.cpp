@@ -10,7 +10,10 @@
 
 namespace corvane::platform {
 
+// The address of a connection that was reset meanwhile stays away, without an error; and with no
+// descriptor left (EMFILE) a connection is dropped (xnu bsd/kern/uipc_syscalls.c, accept_nocancel).
 int acceptConnection(int listener, sockaddr_in& peer) {
+    peer = {};
     socklen_t length = sizeof peer;
     const int sock = ::accept(listener, reinterpret_cast<sockaddr*>(&peer), &length);
     if (sock == -1) {
@@ -19,14 +22,16 @@ int acceptConnection(int listener, sockaddr_in& peer) {
     const int on = 1;
     static_cast<void>(::setsockopt(sock, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on));
     static_cast<void>(::fcntl(sock, F_SETFD, FD_CLOEXEC));
-    // BSD systems hand the listener's O_NONBLOCK on to the connection.
-    static_cast<void>(::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) & ~O_NONBLOCK));
+    // Sending heeds the socket's own flag only, not MSG_DONTWAIT (xnu bsd/kern/uipc_socket.c,
+    // sosendcheck). The connection has it from a listener that has it.
+    static_cast<void>(::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) | O_NONBLOCK));
     return sock;
 }
 
 void simplifyCongestionControl(int /*listener*/) {}  // the system decides
 
-int sendFlags() { return 0; }  // SO_NOSIGPIPE is set on every connection
+// SO_NOSIGPIPE is set on every connection but those that were reset before they were accepted.
+int sendFlags() { return 0; }
 
 void closeDescriptorsFrom(int first) {
     const int size = ::getdtablesize();
@@ -50,7 +55,9 @@ void keepFreedMemory() {}  // the system's allocator decides
 
 void returnFreedMemory() { static_cast<void>(::malloc_zone_pressure_relief(nullptr, 0)); }
 
-int searchFlag() { return O_SEARCH; }
+// O_SEARCH: O_EXEC, which the headers of SDKs before macOS 13 do not name, and O_DIRECTORY (xnu
+// bsd/sys/fcntl.h). Older kernels do not heed the first, so that reading must be permitted there.
+int searchFlag() { return 0x4000'0000 | O_DIRECTORY; }
 
 // The number counts the calls of tmpnam(3) in a process; the random letters are enough here.
 const char* const temporaryNamePattern = "/var/tmp/tmp.0.XXXXXX";

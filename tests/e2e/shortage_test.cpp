@@ -18,6 +18,9 @@ constexpr rlim_t manyDescriptors = 2048;
 void limitDescriptors(rlim_t count) {
     rlimit limit{};
     ::getrlimit(RLIMIT_NOFILE, &limit);
+    if (count < FD_SETSIZE) {
+        limit.rlim_max = count;  // the server raises its soft limit as far as it may
+    }
     limit.rlim_cur = std::min(count, limit.rlim_max);
     ::setrlimit(RLIMIT_NOFILE, &limit);
 }

@@ -47,11 +47,11 @@ class Connections : public ::testing::Test {
     sockaddr_in peer{};
 };
 
-TEST_F(Connections, AreAcceptedBlockingAndCloseOnExec) {
+TEST_F(Connections, AreAcceptedNonBlockingAndCloseOnExec) {
     const FileDesc client = connect();
     const FileDesc accepted(platform::acceptConnection(listener, peer));
     ASSERT_NE(accepted, -1);
-    EXPECT_EQ(::fcntl(accepted, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(::fcntl(accepted, F_GETFL) & O_NONBLOCK, O_NONBLOCK);
     EXPECT_EQ(::fcntl(accepted, F_GETFD), FD_CLOEXEC);
     sockaddr_in own{};
     socklen_t length = sizeof own;
@@ -61,8 +61,10 @@ TEST_F(Connections, AreAcceptedBlockingAndCloseOnExec) {
 }
 
 TEST_F(Connections, AreNotWaitedFor) {
+    peer.sin_family = AF_INET;
     EXPECT_EQ(platform::acceptConnection(listener, peer), -1);
     EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(peer.sin_family, AF_UNSPEC) << "nothing is left of an earlier peer";
 }
 
 TEST_F(Connections, UseTheSimplestCongestionControlThatTheirListenerAsksFor) {
