@@ -89,6 +89,27 @@ class CorvanectlTest(unittest.TestCase):
         self.expect(2, b"", "readText", "a\nb")
         self.expect(2, b"", "unheardOf")
 
+    def test_sends_nothing_when_its_input_cannot_be_read(self):
+        file = self.home / "file"
+        file.write_bytes(b"kept")
+        for redirection, reason in ("< /", "Is a directory"), ("<&-", "Bad file descriptor"):
+            script = f'exec "$0" --port {self.port} write "$1" {redirection}'
+            result = subprocess.run(["sh", "-c", script, CLIENT, file], capture_output=True,
+                                    text=True, timeout=60, check=False)
+            self.assertEqual((result.returncode, result.stdout), (2, ""))
+            self.assertEqual(result.stderr, f"corvanectl: cannot read standard input: {reason}\n")
+            self.assertEqual(file.read_bytes(), b"kept")
+
+    @unittest.skipUnless(os.path.exists("/dev/full"), "this system has no /dev/full")
+    def test_fails_when_its_output_cannot_be_written(self):
+        query = ["--port", self.port, "userDir"]
+        for arguments in ["--help"], ["--version"], ["--complete"], query, ["--xml", *query]:
+            with open("/dev/full", "wb") as full:
+                result = subprocess.run([CLIENT, *arguments], stdout=full, stderr=subprocess.PIPE,
+                                        timeout=60, check=False)
+            self.assertEqual((result.returncode, result.stderr),
+                             (2, b"corvanectl: cannot write to standard output\n"))
+
     def test_answers_help_and_version_without_a_server(self):
         for option, text in ("--help", b"Usage: corvanectl"), ("--version", b"corvanectl "):
             result = subprocess.run([CLIENT, option], capture_output=True, check=True)

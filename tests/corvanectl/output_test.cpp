@@ -50,5 +50,12 @@ TEST(DescribeFailure, TellsErrorNumberAndHint) {
               "write: FAILED, error 2 (No such file or directory), /x; the server's log tells why");
 }
 
+TEST(DescribeFailure, TakesTheErrorMarkOfAStreamForNoErrorNumber) {
+    Reply reply;
+    reply.errnoValue = 1;
+    EXPECT_EQ(describeFailure("write", reply),
+              "write: FAILED, error 1 (the data could not be written); the server's log tells why");
+}
+
 }  // namespace
 }  // namespace corvane::ctl

@@ -56,6 +56,22 @@ TEST(ParseReply, KeepsMarkupInNamesAsItIs) {
     EXPECT_EQ(reply.details[1].value, "b");
 }
 
+TEST(ParseReply, KeepsTheEndsOwnTextInAHint) {
+    const std::string end = "\"></Header></CorvaneMsg>";
+    for (const std::string& hint : {"a" + end + "b", end, end + end}) {
+        EXPECT_EQ(parseReply(replyWith("\"FAILED\" hint=\"" + hint + "\"", "")).hint, hint);
+    }
+}
+
+TEST(ParseReply, RefusesWhatFollowsTheEnd) {
+    for (const char* details : {"", R"(<Detail id="text" extra="">text</Detail>)"}) {
+        const std::string whole = replyWith("\"SUCCESS\"", details);
+        EXPECT_NO_THROW(parseReply(whole));
+        EXPECT_THROW(parseReply(whole + " "), Exception);
+        EXPECT_THROW(parseReply(whole + whole), Exception);
+    }
+}
+
 TEST(ParseReply, RefusesWhatIsNoReply) {
     const std::string whole =
         replyWith("\"SUCCESS\" hint=\"h\"", R"(<Detail id="text" extra="">text</Detail>)");

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "text/exception.h"
 
 namespace corvane::ctl {
@@ -17,8 +15,7 @@ std::string requestOf(const std::string& command, const std::vector<std::string>
     if (usage == nullptr) {
         throw Exception("no command " + command);
     }
-    std::istringstream input(data);
-    return makeRequest(*usage, parameters, input);
+    return makeRequest(*usage, parameters, [&data] { return data; });
 }
 
 TEST(MakeRequest, PutsEachParameterOnALine) {

@@ -1,4 +1,5 @@
 #include <signal.h>
+#include <unistd.h>
 
 #include <exception>
 #include <iostream>
@@ -6,6 +7,7 @@
 
 #include "corvanectl/command_list.h"
 #include "corvanectl/exchange.h"
+#include "corvanectl/input.h"
 #include "corvanectl/invocation.h"
 #include "corvanectl/output.h"
 #include "corvanectl/reply.h"
@@ -36,7 +38,8 @@ int request(const Invocation& invocation) {
     if (command == nullptr) {
         throw Exception("unknown command '" + invocation.command + "', try --help");
     }
-    const std::string text = makeRequest(*command, invocation.parameters, std::cin);
+    const std::string text =
+        makeRequest(*command, invocation.parameters, [] { return readInput(STDIN_FILENO); });
     const std::optional<std::string> reply = ctl::exchange(invocation.endpoint, text);
     if (reply) {
         return showReply(invocation, *reply);

@@ -14,6 +14,12 @@ bool isEntry(const ReplyDetail& detail) {
     return std::find(kinds.begin(), kinds.end(), detail.id) != kinds.end();
 }
 
+// A stream that fails while it writes has an error mark of 1 and no error number, so that 1 hardly
+// ever is the system's "Operation not permitted".
+const char* meaning(int errnoValue) {
+    return errnoValue == 1 ? "the data could not be written" : std::strerror(errnoValue);
+}
+
 }  // namespace
 
 void printDetails(const Reply& reply, std::ostream& out) {
@@ -31,8 +37,8 @@ void printDetails(const Reply& reply, std::ostream& out) {
 std::string describeFailure(const std::string& command, const Reply& reply) {
     std::string text = command + ": FAILED";
     if (reply.errnoValue) {
-        text += ", error " + std::to_string(*reply.errnoValue) + " (" +
-                std::strerror(*reply.errnoValue) + ")";
+        text += ", error " + std::to_string(*reply.errnoValue) + " (" + meaning(*reply.errnoValue) +
+                ")";
     }
     if (!reply.hint.empty()) {
         text += ", " + reply.hint;

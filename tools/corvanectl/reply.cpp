@@ -29,11 +29,9 @@ class Reader {
         return found;
     }
 
-    void require(std::string_view text) {
-        if (!skip(text)) {
-            throw Exception("the answer is not a reply of a Corvane server");
-        }
-    }
+    void require(std::string_view text) { check(skip(text)); }
+
+    void requireEnd() const { check(rest_.empty()); }
 
     // What stands before `end`, which is skipped as well.
     std::string_view until(std::string_view end) { return take(rest_.find(end), end.size()); }
@@ -52,6 +50,12 @@ class Reader {
     }
 
   private:
+    static void check(bool isReply) {
+        if (!isReply) {
+            throw Exception("the answer is not a reply of a Corvane server");
+        }
+    }
+
     std::string_view take(std::size_t size, std::size_t endSize) {
         if (size == std::string_view::npos) {
             throw Exception("the reply is not complete");
@@ -111,6 +115,7 @@ Reply parseReply(std::string_view text) {
         reply.details.push_back(readDetail(reader));
     }
     reader.require(replyEnd);
+    reader.requireEnd();
     return reply;
 }
 

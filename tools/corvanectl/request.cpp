@@ -1,7 +1,6 @@
 #include "corvanectl/request.h"
 
 #include <cstddef>
-#include <iterator>
 #include <string_view>
 
 #include "text/exception.h"
@@ -48,7 +47,7 @@ void checkData(std::string_view data) {
 }  // namespace
 
 std::string makeRequest(const CommandUsage& command, const std::vector<std::string>& parameters,
-                        std::istream& data) {
+                        const std::function<std::string()>& readData) {
     checkCount(command, parameters.size());
     std::string request(command.name);
     for (std::size_t i = 0; i < parameters.size(); ++i) {
@@ -60,7 +59,7 @@ std::string makeRequest(const CommandUsage& command, const std::vector<std::stri
         request += '\n';
     }
     if (command.takesData()) {
-        const std::string bytes(std::istreambuf_iterator<char>(data), {});
+        const std::string bytes = readData();
         checkData(bytes);
         request += bytes;
     }

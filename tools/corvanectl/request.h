@@ -2,7 +2,7 @@
 // a 0x00 or 0x01 byte, a parameter at its line's end.
 #pragma once
 
-#include <istream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,9 +10,10 @@
 
 namespace corvane::ctl {
 
-/// The request with its terminator. `data` is read to its end, but only for a command that takes
-/// data. Throws Exception for a wrong number of parameters and for bytes that cannot be sent.
+/// The request with its terminator. `readData` is called for a command that takes data only; what
+/// it throws passes. Throws Exception for a wrong number of parameters and for bytes that cannot be
+/// sent.
 std::string makeRequest(const CommandUsage& command, const std::vector<std::string>& parameters,
-                        std::istream& data);
+                        const std::function<std::string()>& readData);
 
 }  // namespace corvane::ctl

@@ -1,0 +1,126 @@
+"""Runs corvanectl against servers that misbehave: silent ones, and ones that reset the connection.
+
+Usage: exchange_test.py CORVANECTL
+"""
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+from pathlib import Path
+
+CLIENT = Path(sys.argv[1]).resolve()
+REPLY = (b'<CorvaneMsg><Header id="info" Type="RESULT" Action="write" Result="SUCCESS">'
+         b'<Detail id="value" extra="" Value="here" /></Header></CorvaneMsg>\0')
+# More than the buffers of a connection hold.
+MUCH = b"x" * 32 * 1024 * 1024
+ON_LINUX = sys.platform.startswith("linux")
+
+
+def reset(connection):
+    """Closes so that the peer gets a reset instead of an end."""
+    connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+    connection.close()
+
+
+def read_request(connection):
+    data = b""
+    while not data.endswith(b"\0"):
+        data += connection.recv(65536)
+
+
+class ExchangeTest(unittest.TestCase):
+    def setUp(self):
+        self.listener = socket.socket()
+        self.addCleanup(self.listener.close)
+        self.listener.bind(("127.0.0.1", 0))
+        self.port = self.listener.getsockname()[1]
+
+    def serve(self, behaviour):
+        """Accepts one connection in a thread and does with it what the test says."""
+        self.listener.listen(5)
+
+        def accept():
+            connection, _ = self.listener.accept()
+            with connection:
+                behaviour(connection)
+
+        thread = threading.Thread(target=accept)
+        thread.start()
+        self.addCleanup(thread.join)
+
+    def run_client(self, *arguments, data=None):
+        with tempfile.TemporaryFile() as source:
+            source.write(data or b"")
+            source.seek(0)
+            return subprocess.run([CLIENT, "--port", str(self.port), *arguments], stdin=source,
+                                  capture_output=True, text=True, timeout=60, check=False)
+
+    def expect(self, result, status, output, errors):
+        self.assertEqual((result.returncode, result.stdout, result.stderr),
+                         (status, output, errors))
+
+    def expect_time_out(self, *arguments, data=None):
+        began = time.monotonic()
+        self.expect(self.run_client("-t", "1", *arguments, data=data), 2, "",
+                    f"corvanectl: no answer from 127.0.0.1:{self.port} within 1 s\n")
+        self.assertGreaterEqual(time.monotonic() - began, 1)
+
+    def test_gives_up_on_a_server_that_takes_the_request_and_says_nothing(self):
+        self.listener.listen(5)
+        self.expect_time_out("userDir")
+
+    def test_gives_up_on_a_server_that_does_not_read_the_request(self):
+        self.listener.listen(5)
+        self.expect_time_out("write", "f", data=MUCH)
+
+    def test_gives_up_on_a_server_that_says_half_a_reply(self):
+        over = threading.Event()
+        self.serve(lambda connection: (connection.sendall(REPLY[:-1]), over.wait()))
+        self.expect_time_out("userDir")
+        over.set()
+
+    @unittest.skipUnless(ON_LINUX, "what a full backlog does differs between systems")
+    def test_gives_up_on_a_connection_that_is_not_accepted(self):
+        self.listener.listen(0)
+        for _ in range(3):
+            waiting = socket.socket()
+            self.addCleanup(waiting.close)
+            waiting.setblocking(False)
+            waiting.connect_ex(("127.0.0.1", self.port))
+        self.expect_time_out("userDir")
+
+    def test_says_that_a_reset_connection_has_brought_no_reply(self):
+        self.serve(lambda connection: (read_request(connection), reset(connection)))
+        self.expect(self.run_client("userDir"), 2, "",
+                    "corvanectl: the server has closed the connection without a reply\n")
+
+    def test_takes_a_reset_for_the_end_that_shutdown_asks_for(self):
+        self.serve(lambda connection: (read_request(connection), reset(connection)))
+        self.expect(self.run_client("shutdown"), 0, "", "")
+
+    @unittest.skipUnless(ON_LINUX, "elsewhere a reset takes the reply with it")
+    def test_reads_the_reply_of_a_server_that_closes_before_it_has_read_everything(self):
+        def answer(connection):
+            connection.recv(1)
+            connection.sendall(REPLY)
+
+        def answer_and_end(connection):
+            answer(connection)
+            connection.shutdown(socket.SHUT_WR)
+
+        for behaviour in answer, answer_and_end:  # the client's send fails in two ways
+            self.serve(behaviour)
+            self.expect(self.run_client("write", "f", data=MUCH), 0, "here\n", "")
+
+    def test_says_that_nobody_listens(self):
+        result = self.run_client("userDir")
+        self.assertEqual((result.returncode, result.stdout), (2, ""))
+        self.assertIn(f"cannot connect to 127.0.0.1:{self.port}: ", result.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,12 @@
+// Standard input as the data of a request.
+#pragma once
+
+#include <string>
+
+namespace corvane::ctl {
+
+/// Everything that can be read from the descriptor. Throws Exception when reading fails, so that
+/// half of a file is never taken for the whole.
+std::string readInput(int fd);
+
+}  // namespace corvane::ctl
