@@ -1,35 +1,136 @@
 #include "fileutil/copy_file.h"
 
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <memory>
+#include <string_view>
 #include <utility>
 
+#include "fileutil/file_errors.h"
 #include "fileutil/file_operations.h"
+#include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
 #include "log/log.h"
-#include "platform/guarded_open.h"
 #include "platform/io.h"
 #include "platform/system.h"
-#include "text/exception.h"
-#include "text/strconv.h"
-#include "text/strings.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
 
-constexpr std::size_t blockSize = std::size_t{128} * 1024;
-constexpr std::size_t kernelBlock = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t loopBlock = std::size_t{128} * 1024;
+// What is copied, and for a move brought to the disk, between two looks at the signals: a fraction
+// of a second's work for a disk, a few seconds' for a slow stick.
+constexpr std::size_t step = std::size_t{16} * 1024 * 1024;
 // Below this size the kernel's copying costs more calls than it saves work.
 constexpr off_t kernelCopyPays = off_t{64} * 1024;
 constexpr mode_t newFileMode = 0777;
 
-IOException fileError(const char* action, const std::string& path, int error) {
-    return {format("%s file '%s' error", action, path.c_str()), error};
+enum class Outcome { Done, ReadFailed, WriteFailed };
+
+// The target of a copy that may take long.
+class Sink {
+  public:
+    Sink(int fd, Durability durability) : fd_(fd), durability_(durability) {}
+
+    // Takes note of bytes that the kernel has put there. False with errno.
+    bool took(std::size_t count) {
+        pending_ += count;
+        return !interrupted() && (pending_ < step || toDisk());
+    }
+
+    bool write(std::string_view bytes) { return writeAll(fd_, bytes) && took(bytes.size()); }
+
+    bool toDisk() {
+        pending_ = 0;
+        return durability_ == Durability::Handed || platform::syncToDisk(fd_) == 0;
+    }
+
+  private:
+    int fd_;
+    Durability durability_;
+    std::size_t pending_ = 0;
+};
+
+// Lets the kernel copy as much as it will. What it leaves, also after an error, is the loop's: that
+// tells whether reading or writing fails. False with errno when the copy must not go on.
+bool copyByKernel(int from, int to, Sink& sink) {
+    while (true) {
+        const ssize_t count = platform::copyInKernel(from, to, step);
+        if (count <= 0) {
+            return true;
+        }
+        if (!sink.took(static_cast<std::size_t>(count))) {
+            return false;
+        }
+    }
+}
+
+Outcome copyByLoop(int from, Sink& sink) {
+    std::array<char, loopBlock> block;
+    while (true) {
+        const ssize_t count = readSome(from, block);
+        if (count <= 0) {
+            return count == 0 ? Outcome::Done : Outcome::ReadFailed;
+        }
+        if (!sink.write({block.data(), static_cast<std::size_t>(count)})) {
+            return Outcome::WriteFailed;
+        }
+    }
+}
+
+Outcome copyAll(const OpenedFile& from, const OpenedFile& to, const FilePlace& dst,
+                Durability durability) {
+    Sink sink(to.fd, durability);
+    const bool isRegular = S_ISREG(to.info.st_mode);
+    if (isRegular && from.info.st_size > kernelCopyPays) {
+        flushLog();
+        if (!copyByKernel(from.fd, to.fd, sink)) {
+            return Outcome::WriteFailed;
+        }
+    }
+    if (const Outcome outcome = copyByLoop(from.fd, sink); outcome != Outcome::Done) {
+        return outcome;
+    }
+    if (!isRegular) {
+        return letCloseDrain(to.fd) ? Outcome::Done : Outcome::WriteFailed;
+    }
+    const bool isSafe =
+        durability == Durability::Handed || (sink.toDisk() && directoryToDisk(dst.name));
+    return isSafe ? Outcome::Done : Outcome::WriteFailed;
+}
+
+// Opens the target; where that is a directory, `dst` becomes the place in it under `name`.
+OpenedFile openTargetOrInside(FilePlace& dst, const std::string& name) {
+    try {
+        return openTarget(dst, Target::File);
+    } catch (const IOException& e) {
+        if (e.code != EISDIR) {
+            throw;
+        }
+    }
+    dst.name = slashPath(dst.name) + name;
+    dst.path = slashPath(dst.path) + name;
+    return openTarget(dst, Target::File);
+}
+
+void copyUnlessSame(const OpenedFile& from, OpenedFile to, const FilePlace& src,
+                    const FilePlace& dst) {
+    if (!isSameFile(from.info, to.info)) {
+        copyContents(from, std::move(to), src, dst, Durability::Handed);
+    }
+}
+
+}  // namespace
+
+std::string targetOf(const std::string& src, const std::string& dst) {
+    return isDirectory(dst) ? correctDirectoryPath(dst) + getFileName(src) : dst;
 }
 
 OpenedFile openSource(const FilePlace& src) {
@@ -61,88 +162,52 @@ OpenedFile openTarget(const FilePlace& dst, Target target) {
     return file;
 }
 
-// Opens the target; where that is a directory, `dst` becomes the place in it under `name`.
-OpenedFile openTargetOrInside(FilePlace& dst, const std::string& name) {
-    try {
-        return openTarget(dst, Target::File);
-    } catch (const IOException& e) {
-        if (e.code != EISDIR) {
-            throw;
-        }
-    }
-    dst.name = slashPath(dst.name) + name;
-    dst.path = slashPath(dst.path) + name;
-    return openTarget(dst, Target::File);
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-enum class Outcome { Done, ReadFailed, WriteFailed };
-
-// Lets the kernel copy as much as it will. What it leaves, also after an error, is the loop's: that
-// tells whether reading or writing fails.
-void copyByKernel(int from, int to) {
-    while (platform::copyInKernel(from, to, kernelBlock) > 0) {
-    }
-}
-
-Outcome copyByLoop(int from, int to) {
-    std::array<char, blockSize>
-        block;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
-    while (true) {
-        const ssize_t count = readSome(from, block);
-        if (count == 0) {
-            return Outcome::Done;
-        }
-        if (count < 0) {
-            return Outcome::ReadFailed;
-        }
-        if (!writeAll(to, {block.data(), static_cast<std::size_t>(count)})) {
-            return Outcome::WriteFailed;
-        }
-    }
-}
-
-Outcome copyContents(const OpenedFile& from, OpenedFile& to) {
-    if (S_ISREG(to.info.st_mode) && from.info.st_size > kernelCopyPays) {
-        flushLog();
-        copyByKernel(from.fd, to.fd);
-    }
-    Outcome outcome = copyByLoop(from.fd, to.fd);
-    const int error = errno;
+void copyContents(const OpenedFile& from, OpenedFile to, const FilePlace& src, const FilePlace& dst,
+                  Durability durability) {
+    Outcome outcome = copyAll(from, to, dst, durability);
+    int error = errno;
     if (to.fd.close() != 0 && outcome == Outcome::Done) {
-        return Outcome::WriteFailed;
+        error = errno;
+        outcome = Outcome::WriteFailed;
     }
-    errno = error;
-    return outcome;
-}
-
-// Copies between two open files, of which both places are known. False when they are the same.
-bool copyOpened(const OpenedFile& from, OpenedFile to, const FilePlace& src, const FilePlace& dst) {
-    if (from.info.st_dev == to.info.st_dev && from.info.st_ino == to.info.st_ino) {
-        return false;
-    }
-    const Outcome outcome = copyContents(from, to);
     if (outcome == Outcome::Done) {
-        return true;
+        return;
     }
-    const int error = errno;
     if (S_ISREG(to.info.st_mode)) {
         ::unlinkat(dst.directory, dst.name.c_str(), 0);
     }
-    throw outcome == Outcome::ReadFailed ? fileError("read src", src.path, error)
-                                         : fileError("write dst", dst.path, error);
+    throw fileError(outcome == Outcome::ReadFailed ? "read src" : "write dst",
+                    outcome == Outcome::ReadFailed ? src.path : dst.path, error);
 }
 
-}  // namespace
-
-bool copyFileAt(const FilePlace& src, const FilePlace& dst, Target target) {
-    const OpenedFile from = openSource(src);
-    return copyOpened(from, openTarget(dst, target), src, dst);
+bool directoryToDisk(const std::string& localPath) {
+    struct Free {
+        void operator()(char* text) const { ::free(text); }
+    };
+    // What a link leads to lies in another directory than the link.
+    const std::unique_ptr<char, Free> real(::realpath(localPath.c_str(), nullptr));
+    const std::string path = real == nullptr ? localPath : real.get();
+    const std::string parent = path.substr(0, path.rfind(SEPARATOR_DIR) + 1);
+    const FileDesc directory =
+        openDirectory(parent.empty() ? DIR_THIS : parent, DirectoryAccess::Read);
+    return directory == -1 ? errno == EACCES : platform::syncToDisk(directory) == 0;
 }
 
 void copyFileToOrInto(const FilePlace& src, FilePlace dst) {
     const OpenedFile from = openSource(src);
     OpenedFile to = openTargetOrInside(dst, getFileName(src.path));
-    copyOpened(from, std::move(to), src, dst);
+    copyUnlessSame(from, std::move(to), src, dst);
+}
+
+void copyFile(const std::string& src, const std::string& dst) {
+    const FilePlace source = placeOf(src);
+    const FilePlace target = placeOf(targetOf(src, dst));
+    const OpenedFile from = openSource(source);
+    copyUnlessSame(from, openTarget(target, Target::File), source, target);
 }
 
 }  // namespace corvane

@@ -30,7 +30,9 @@ struct FileInfo {
 };
 
 /// The entries of a directory in the order the system returns them, "." and ".." included. An empty
-/// path has the one entry "/". Throws IOException "opendir '%s' error %d".
+/// path has the one entry "/". A directory that cannot be read to its end has the entries that
+/// could be read. Throws IOException "opendir '%s' error %d", with EINTR when the program has to
+/// stop.
 std::vector<FileInfo> scanDirectory(const std::string& path);
 
 }  // namespace corvane

@@ -4,26 +4,35 @@
 
 #include <cerrno>
 
+#include "fileutil/file_errors.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/paths.h"
-#include "text/strconv.h"
-#include "text/strings.h"
 
 namespace corvane {
+namespace {
 
-IOException makeDirectoryError(const std::string& path, int error) {
-    return {format("makeDirectory '%s' error", path.c_str()), error};
+constexpr mode_t newDirectoryMode = 0777;  // before the umask
+
+// One trailing separator is ignored, as by isDirectory().
+bool isDirectoryAt(const FilePlace& place) {
+    struct stat info {};
+    return ::fstatat(place.directory, unslashPath(place.name).c_str(), &info, 0) == 0 &&
+           S_ISDIR(info.st_mode);
 }
 
-bool makeDirectory(const std::string& path) {
-    if (::mkdir(strconv::utf82acs(path).c_str(), newDirectoryMode) == 0) {
+}  // namespace
+
+bool makeDirectoryAt(const FilePlace& place) {
+    if (::mkdirat(place.directory, place.name.c_str(), newDirectoryMode) == 0) {
         return true;
     }
     const int error = errno;
-    if (error == EEXIST && isDirectory(path)) {
+    if (error == EEXIST && isDirectoryAt(place)) {
         return false;
     }
-    throw makeDirectoryError(path, error);
+    throw makeDirectoryError(place.path, error);
 }
+
+bool makeDirectory(const std::string& path) { return makeDirectoryAt(placeOf(path)); }
 
 }  // namespace corvane

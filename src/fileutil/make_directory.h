@@ -1,17 +1,11 @@
-// Creating directories, as makeDirectory() and the copy of a tree both need it.
+// Creating one directory, by its path or relative to an open directory.
 #pragma once
 
-#include <sys/types.h>
-
-#include <string>
-
-#include "text/exception.h"
+#include "fileutil/file_place.h"
 
 namespace corvane {
 
-inline constexpr mode_t newDirectoryMode = 0777;  // before the umask
-
-/// "makeDirectory '%s' error".
-IOException makeDirectoryError(const std::string& path, int error);
+/// makeDirectory() of file_operations.h for a place in a tree.
+bool makeDirectoryAt(const FilePlace& place);
 
 }  // namespace corvane

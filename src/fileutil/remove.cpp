@@ -8,24 +8,16 @@
 #include <utility>
 #include <vector>
 
-#include "fileutil/directory.h"
+#include "fileutil/file_errors.h"
 #include "fileutil/file_operations.h"
+#include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
 #include "fileutil/tree_walk.h"
-#include "text/exception.h"
+#include "platform/waiting.h"
 #include "text/strconv.h"
-#include "text/strings.h"
 
 namespace corvane {
 namespace {
-
-IOException removeFileError(const std::string& path, int error) {
-    return {format("remove file '%s' error", path.c_str()), error};
-}
-
-IOException removeDirectoryError(const std::string& path, int error) {
-    return {format("remove directory '%s' error", path.c_str()), error};
-}
 
 // Without the separators at its end, which would make the system follow a link.
 std::string bare(const std::string& path) {
@@ -46,15 +38,16 @@ class TreeRemover {
     std::vector<DirectoryEntry> entries() const { return readEntries(chain_.current(), path_); }
 
     void file(const std::string& name) {
-        if (::unlinkat(chain_.current(), name.c_str(), 0) != 0 && errno != ENOENT) {
+        if (interrupted() ||
+            (::unlinkat(chain_.current(), name.c_str(), 0) != 0 && errno != ENOENT)) {
             const int error = errno;
-            throw removeFileError(path_ + name, error);
+            throw fileError("remove", path_ + name, error);
         }
     }
 
     bool enter(const std::string& name) {
         path_ += name + SEPARATOR_DIR;
-        if (!chain_.descend(name.c_str(), false)) {
+        if (interrupted() || !chain_.descend(name.c_str(), false)) {
             throw openDirectoryError(path_, errno);
         }
         return true;
@@ -93,7 +86,7 @@ void emptyDirectory(const std::string& dir) {
 
 void removeFile(const std::string& path) {
     if (std::remove(strconv::utf82acs(path).c_str()) != 0 && errno != ENOENT) {
-        throw removeFileError(path, errno);
+        throw fileError("remove", path, errno);
     }
 }
 

@@ -5,10 +5,10 @@
 #include <log4cpp/Category.hh>
 #include <string_view>
 
-#include "fileutil/directory.h"
+#include "fileutil/file_errors.h"
 #include "fileutil/file_info.h"
+#include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
-#include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
 
@@ -52,15 +52,17 @@ std::vector<FileInfo> scanDirectory(const std::string& path) {
     if (path.empty()) {
         return {FileInfo("/", 1)};
     }
-    const std::string local = strconv::utf82acs(path);
-    DirectoryReader reader(openDirectory(local, DirectoryAccess::Read));
+    DirectoryReader reader(openDirectory(strconv::utf82acs(path), DirectoryAccess::Read));
     if (!reader.isOpen()) {
-        const int error = errno;
-        throw IOException(format("opendir '%s' error %d", local.c_str(), error), error);
+        throw openDirectoryError(path, errno);
     }
+    // A directory that cannot be read to its end is listed as far as it can.
     std::vector<FileInfo> entries;
     while (const dirent* entry = reader.next()) {
         entries.push_back(describe(reader, *entry));
+    }
+    if (errno == EINTR) {
+        throw openDirectoryError(path, errno);
     }
     return entries;
 }

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "fileutil/directory.h"
+#include "fileutil/open_directory.h"
 
 namespace corvane {
 

@@ -30,6 +30,11 @@ void closeDescriptorsFrom(int first);
 /// ENOSYS where the system has no such call. It truncates nothing and carries no attributes.
 ssize_t copyInKernel(int from, int to, std::size_t count);
 
+/// Brings what has been written to a file, or the names in a directory, to the disk, so that they
+/// outlast a power cut. It waits for the disk. Returns 0 or -1 with errno; 0 where the file system
+/// has nothing like it.
+int syncToDisk(int fd);
+
 /// Milliseconds of a clock that only goes forward. It may advance in steps of some milliseconds,
 /// but costs next to nothing to read.
 std::int64_t coarseMilliseconds();

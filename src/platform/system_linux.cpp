@@ -5,6 +5,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <string_view>
 
@@ -40,6 +41,8 @@ void closeDescriptorsFrom(int first) {
 ssize_t copyInKernel(int from, int to, std::size_t count) {
     return ::copy_file_range(from, nullptr, to, nullptr, count, 0);
 }
+
+int syncToDisk(int fd) { return ::fsync(fd) == 0 || errno == EINVAL || errno == EROFS ? 0 : -1; }
 
 std::int64_t coarseMilliseconds() {
     timespec now{};

@@ -46,6 +46,14 @@ ssize_t copyInKernel(int /*from*/, int /*to*/, std::size_t /*count*/) {
     return -1;
 }
 
+int syncToDisk(int fd) {
+    // fsync(2) leaves the data in the disk's own cache. Only some file systems know more.
+    if (::fcntl(fd, F_FULLFSYNC) == 0 || ::fsync(fd) == 0) {
+        return 0;
+    }
+    return errno == EINVAL || errno == ENOTSUP || errno == EROFS ? 0 : -1;
+}
+
 std::int64_t coarseMilliseconds() {
     return static_cast<std::int64_t>(::clock_gettime_nsec_np(CLOCK_MONOTONIC_RAW_APPROX) /
                                      1'000'000);

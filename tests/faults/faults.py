@@ -24,8 +24,13 @@ class Fault:
 
     @property
     def must_fail_a_request(self):
-        """The end of a file tells of what could not be stored: no success may hide it."""
-        return self.call in ("close_written", "fclose")
+        """The end of a file tells of what could not be stored, and a move waits for the disk: no
+        success may hide it."""
+        return self.call in ("close_written", "fclose", "fsync")
+
+    def may_shorten(self, request):
+        """A directory that cannot be read to its end is listed as far as it can."""
+        return self.call == "readdir" and str(request).startswith("listDir")
 
     @property
     def log_text(self):
@@ -59,9 +64,9 @@ ERRORS = {
     "fcntl": [errno.EMFILE],
     "fdopendir": [errno.ENOMEM],
     "fork": [errno.EAGAIN],
+    "fsync": [errno.EIO],
     "fwrite": [errno.ENOSPC],
     "malloc": [errno.ENOMEM],
-    "mkdir": [errno.ENOSPC],
     "mkdirat": [errno.ENOSPC],
     "open": [errno.EMFILE, errno.EACCES],
     "openat": [errno.EMFILE, errno.EACCES],

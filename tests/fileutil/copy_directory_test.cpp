@@ -108,6 +108,13 @@ TEST_F(CopyDirectory, DoesNotCreateTheTargetItself) {
     EXPECT_FALSE(fs::exists(scratch / "dst"));
 }
 
+TEST_F(CopyDirectory, OpensTheSourceFirst) {
+    scratch.directory("src");
+    fs::create_symlink("missing", scratch / "src/a");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              "open src file '" + (scratch / "src/a") + "' error (2)");
+}
+
 TEST_F(CopyDirectory, FailsWhenTheTargetIsAFile) {
     scratch.file("src/a", "1");
     scratch.file("dst", "kept");
@@ -128,112 +135,6 @@ TEST_F(CopyDirectory, TakesAnEmptyTargetForTheCurrentDirectory) {
     copyDirectory(scratch / "src", "", nullptr);
     EXPECT_EQ(treeAt("."), (Tree{{"a", "file:1"}}));
     EXPECT_EQ(copying("..", ""), "cannot copy directory '../' into itself as '' (22)");
-}
-
-TEST_F(CopyDirectory, RefusesWhatIsBelowTheSourceHoweverItIsNamed) {
-    scratch.file("src/a", "1");
-    scratch.directory("src/sub/deep");
-    fs::create_directory_symlink("src", scratch / "link");
-    fs::create_directory_symlink("../src/sub", scratch / "src/inner");
-    const test::WorkingDirectory inside(scratch.path());
-    const Tree before = treeAt(scratch.path());
-    for (const char* name : {"src/sub", "src/sub/", "src/sub/deep", "./src/sub/.", "link/sub",
-                             "src/inner", "src/inner/deep", "src/../src/sub"}) {
-        const std::string dst = name;
-        for (const std::string& src : {std::string("src"), scratch / "src", std::string("link")}) {
-            EXPECT_EQ(copying(src, dst), "cannot copy directory '" + src + "/' into itself as '" +
-                                             dst + (dst.back() == '/' ? "" : "/") + "' (22)");
-            EXPECT_EQ(treeAt(scratch.path()), before) << src << " to " << dst;
-        }
-    }
-}
-
-TEST_F(CopyDirectory, DoesNotCreateATargetBelowTheSource) {
-    scratch.file("src/a", "1");
-    EXPECT_EQ(copying(scratch / "src", scratch / "src/new"),
-              "open dst file '" + (scratch / "src/new/a") + "' error (2)");
-    EXPECT_FALSE(fs::exists(scratch / "src/new"));
-}
-
-TEST_F(CopyDirectory, OntoItselfChangesNothing) {
-    scratch.file("src/a", "1");
-    scratch.file("src/sub/deep/b", "2");
-    fs::create_directory_symlink("src", scratch / "link");
-    const Tree before = treeAt(scratch.path());
-    CopyOptions firstLevel;
-    firstLevel.recursive = false;
-    for (const char* target : {"src", "src/", "src/sub/..", "link"}) {
-        copyDirectory(scratch / "src", scratch / target, nullptr);
-        copyDirectory(scratch / "src", scratch / target, &firstLevel);
-        EXPECT_EQ(treeAt(scratch.path()), before) << target;
-    }
-}
-
-TEST_F(CopyDirectory, GoesIntoADirectoryBelowWhenNotRecursive) {
-    scratch.file("src/a", "1");
-    scratch.file("src/sub/b", "2");
-    CopyOptions firstLevel;
-    firstLevel.recursive = false;
-    copyDirectory(scratch / "src", scratch / "src/sub", &firstLevel);
-    EXPECT_EQ(
-        treeAt(scratch / "src"),
-        (Tree{{"a", "file:1"}, {"sub", "directory"}, {"sub/a", "file:1"}, {"sub/b", "file:2"}}));
-}
-
-TEST_F(CopyDirectory, AllowsATargetThatOnlyLooksLikeBelow) {
-    scratch.file("src/a", "1");
-    scratch.directory("src2");
-    scratch.directory("src/sub");
-    copyDirectory(scratch / "src", scratch / "src2", nullptr);
-    EXPECT_TRUE(fs::exists(scratch / "src2/a"));
-    copyDirectory(scratch / "src/sub", scratch / "src", nullptr);  // upwards
-    copyDirectory(scratch / "src", scratch.path(), nullptr);
-    EXPECT_TRUE(fs::exists(scratch / "a"));
-}
-
-TEST_F(CopyDirectory, EndsWhenALinkInTheTargetLeadsBackBelowTheSource) {
-    scratch.directory("src/x/y");
-    scratch.directory("dst");
-    fs::create_directory_symlink("../src/x/y", scratch / "dst/x");
-    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
-              "cannot copy directory '" + (scratch / "src/x/") + "' into itself as '" +
-                  (scratch / "dst/x/") + "' (22)");
-}
-
-TEST_F(CopyDirectory, GoesThroughALinkInTheTargetThatLeadsElsewhere) {
-    scratch.file("src/x/a", "1");
-    scratch.directory("elsewhere");
-    scratch.directory("dst");
-    fs::create_directory_symlink("../elsewhere", scratch / "dst/x");
-    copyDirectory(scratch / "src", scratch / "dst", nullptr);
-    EXPECT_EQ(treeAt(scratch / "elsewhere"), (Tree{{"a", "file:1"}}));
-}
-
-TEST_F(CopyDirectory, CopiesWhatALinkToAFileLeadsTo) {
-    scratch.file("outside", "1");
-    scratch.directory("src");
-    scratch.directory("dst");
-    fs::create_symlink("../outside", scratch / "src/link");
-    copyDirectory(scratch / "src", scratch / "dst", nullptr);
-    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"link", "file:1"}}));
-}
-
-TEST_F(CopyDirectory, StopsAtALinkToADirectory) {
-    scratch.directory("src");
-    scratch.directory("dst");
-    fs::create_directory_symlink("..", scratch / "src/link");
-    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
-              withCode("read src file '" + (scratch / "src/link") + "' error", EISDIR));
-    EXPECT_TRUE(fs::is_empty(scratch / "dst"));
-}
-
-TEST_F(CopyDirectory, KeepsTheFileThatALinkToADirectoryWouldReplace) {
-    scratch.directory("src");
-    fs::create_directory_symlink("..", scratch / "src/link");
-    scratch.file("dst/link", "kept");
-    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
-              withCode("read src file '" + (scratch / "src/link") + "' error", EISDIR));
-    EXPECT_EQ(treeAt(scratch / "dst"), (Tree{{"link", "file:kept"}}));
 }
 
 TEST_F(CopyDirectory, StopsAtPipesAndSocketsWithoutWaiting) {

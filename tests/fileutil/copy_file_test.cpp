@@ -6,8 +6,8 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "platform/file_desc.h"
 #include "fileutil/file_operations.h"
+#include "platform/file_desc.h"
 #include "support/resource_limit.h"
 #include "support/scratch_directory.h"
 #include "support/thrown.h"

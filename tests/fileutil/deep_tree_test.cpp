@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <string>
 
-#include "platform/file_desc.h"
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
+#include "platform/file_desc.h"
 #include "support/resource_limit.h"
 #include "support/scratch_directory.h"
 #include "support/thrown.h"

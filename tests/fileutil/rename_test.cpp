@@ -42,6 +42,16 @@ TEST_F(RenameFile, MovesAFileIntoADirectory) {
     EXPECT_EQ(treeAt(scratch.path()), (Tree{{"d", "directory"}, {"d/src", "file:x"}}));
 }
 
+TEST_F(RenameFile, MovesAFileIntoTheDirectoryOfItsNameInADirectory) {
+    const std::string src = scratch.file("x", "1");
+    scratch.directory("d/x");
+    renameFile(src, scratch / "d");
+    EXPECT_EQ(treeAt(scratch.path()),
+              (Tree{{"d", "directory"}, {"d/x", "directory"}, {"d/x/x", "file:1"}}));
+    EXPECT_EQ(renaming(scratch / "d/x/x", scratch / "d"), "nothing was thrown");
+    EXPECT_EQ(test::readFile(scratch / "d/x/x"), "1");
+}
+
 TEST_F(RenameFile, KeepsTheTailOfALongerTarget) {
     scratch.file("src", "new");
     scratch.file("dst", "longer");

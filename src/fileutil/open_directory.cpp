@@ -1,4 +1,4 @@
-#include "fileutil/directory.h"
+#include "fileutil/open_directory.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,15 +8,18 @@
 #include <cstring>
 #include <utility>
 
+#include "fileutil/file_errors.h"
 #include "fileutil/paths.h"
 #include "platform/system.h"
-#include "text/strconv.h"
-#include "text/strings.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
 
 constexpr unsigned directoryBit = 4;
+
+// The entries that are read between two looks at the signals.
+constexpr unsigned betweenSignals = 1024;
 
 // Levels of a tree whose directories all stay open, of the two trees of a copy each.
 constexpr std::size_t openLevels = 48;
@@ -81,12 +84,11 @@ DirectoryReader::DirectoryReader(FileDesc directory) {
 }
 
 const dirent* DirectoryReader::next() {
-    errno = 0;
-    const dirent* entry = ::readdir(stream_.get());
-    if (entry == nullptr && errno != 0) {
-        throw IOException("readdir error", errno);
+    if (count_++ % betweenSignals == betweenSignals - 1 && interrupted()) {
+        return nullptr;
     }
-    return entry;
+    errno = 0;
+    return ::readdir(stream_.get());
 }
 
 bool DirectoryReader::isDirectoryEntry(const dirent& entry) const {
@@ -110,11 +112,10 @@ std::vector<DirectoryEntry> readEntries(int directory, const std::string& path) 
             entries.push_back({entry->d_name, reader.isDirectoryEntry(*entry)});
         }
     }
+    if (errno != 0) {  // what follows may be missing, not absent
+        throw IOException("readdir error", errno);
+    }
     return entries;
-}
-
-IOException openDirectoryError(const std::string& path, int error) {
-    return {format("opendir '%s' error %d", strconv::utf82acs(path).c_str(), error), error};
 }
 
 DirectoryChain::DirectoryChain(FileDesc root, DirectoryAccess access)

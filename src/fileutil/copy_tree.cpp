@@ -1,17 +1,18 @@
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <utility>
 #include <vector>
 
 #include "fileutil/copy_file.h"
-#include "fileutil/directory.h"
+#include "fileutil/file_errors.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/make_directory.h"
+#include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
 #include "fileutil/tree_walk.h"
+#include "platform/guarded_open.h"
+#include "platform/waiting.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
@@ -19,16 +20,10 @@
 namespace corvane {
 namespace {
 
-IOException copyIntoItselfError(const std::string& src, const std::string& dst) {
-    return {format("cannot copy directory '%s' into itself as '%s'", src.c_str(), dst.c_str()),
-            EINVAL};
-}
-
-FilePlace placeOf(const std::string& path) { return {AT_FDCWD, strconv::utf82acs(path), path}; }
-
-// The file or directory itself, or its place in the directory that `dst` names.
-std::string targetOf(const std::string& src, const std::string& dst) {
-    return isDirectory(dst) ? correctDirectoryPath(dst) + getFileName(src) : dst;
+// Whether a copy of all that is below `from` would meet its own results there.
+bool isBelow(int to, int from) {
+    const DirectoryIdentity source = identityOf(from);
+    return identityOf(to) != source && liesWithin(to, source);
 }
 
 // Copies all that is below a directory into another one, in the order of the system.
@@ -45,17 +40,24 @@ class TreeCopier {
     std::vector<DirectoryEntry> entries() const { return readEntries(src_.current(), srcPath_); }
 
     void file(const std::string& name) {
-        if (options_.isAllowed(name)) {
-            copyFileToOrInto({src_.current(), name, srcPath_ + name},
-                             {dst_.current(), name, dstPath_ + name});
+        if (!options_.isAllowed(name)) {
+            return;
         }
+        if (interrupted()) {
+            throw fileError("open src", srcPath_ + name, EINTR);
+        }
+        copyFileToOrInto({src_.current(), name, srcPath_ + name},
+                         {dst_.current(), name, dstPath_ + name});
     }
 
     bool enter(const std::string& name) {
         if (!options_.recursive) {
             return false;
         }
-        makeEntry(name);
+        if (interrupted()) {
+            throw makeDirectoryError(dstPath_ + name, EINTR);
+        }
+        makeDirectoryAt({dst_.current(), name, dstPath_ + name});
         srcPath_ += name + SEPARATOR_DIR;
         dstPath_ += name + SEPARATOR_DIR;
         if (!src_.descend(name.c_str(), false)) {
@@ -85,20 +87,8 @@ class TreeCopier {
         if (!dst_.descend(name.c_str(), true)) {
             throw openDirectoryError(dstPath_, errno);
         }
-        if (liesWithin(dst_.current(), identityOf(src_.current()))) {
+        if (isBelow(dst_.current(), src_.current())) {
             throw copyIntoItselfError(srcPath_, dstPath_);
-        }
-    }
-
-    void makeEntry(const std::string& name) {
-        if (::mkdirat(dst_.current(), name.c_str(), newDirectoryMode) == 0) {
-            return;
-        }
-        const int error = errno;
-        struct stat info {};
-        if (error != EEXIST || ::fstatat(dst_.current(), name.c_str(), &info, 0) != 0 ||
-            !S_ISDIR(info.st_mode)) {
-            throw makeDirectoryError(dstPath_ + name, error);
         }
     }
 
@@ -109,12 +99,6 @@ class TreeCopier {
     const CopyOptions& options_;
 };
 
-// Whether a copy of all that is below `from` would meet its own results there.
-bool isBelow(int to, int from) {
-    const DirectoryIdentity source = identityOf(from);
-    return identityOf(to) != source && liesWithin(to, source);
-}
-
 // A target directory that cannot be opened makes the first entry fail that would go into it.
 void failAtFirstEntry(int src, const std::string& srcDir, const std::string& dstDir,
                       const CopyOptions& options, int error) {
@@ -123,17 +107,17 @@ void failAtFirstEntry(int src, const std::string& srcDir, const std::string& dst
             throw makeDirectoryError(dstDir + entry.name, error);
         }
         if (!entry.directory && options.isAllowed(entry.name)) {
-            throw IOException(format("open dst file '%s' error", (dstDir + entry.name).c_str()),
-                              error);
+            // The source is opened first.
+            if (openGuarded(src, entry.name, O_RDONLY).fd == -1) {
+                const int sourceError = errno;
+                throw fileError("open src", srcDir + entry.name, sourceError);
+            }
+            throw fileError("open dst", dstDir + entry.name, error);
         }
     }
 }
 
 }  // namespace
-
-void copyFile(const std::string& src, const std::string& dst) {
-    copyFileAt(placeOf(src), placeOf(targetOf(src, dst)), Target::File);
-}
 
 void copyDirectory(const std::string& src, const std::string& dst, const CopyOptions* options) {
     const CopyOptions all;
@@ -154,20 +138,6 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
     } else {
         TreeCopier copier(std::move(from), srcDir, std::move(to), dstDir, chosen);
         walkTree(copier);
-    }
-}
-
-void renameFile(const std::string& src, const std::string& dst) {
-    const std::string target = targetOf(src, dst);
-    if (isDirectory(src)) {
-        if (liesWithin(strconv::utf82acs(target), strconv::utf82acs(src))) {
-            throw copyIntoItselfError(src, target);
-        }
-        makeDirectory(target);
-        copyDirectory(src, target, nullptr);
-        removeDirectory(src);
-    } else if (copyFileAt(placeOf(src), placeOf(target), Target::RegularFile)) {
-        removeFile(src);
     }
 }
 

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "platform/file_desc.h"
-#include "text/exception.h"
 
 namespace corvane {
 
@@ -47,8 +46,8 @@ class DirectoryReader {
     bool isOpen() const { return stream_ != nullptr; }
     int descriptor() const { return ::dirfd(stream_.get()); }
 
-    /// The next entry, "." and ".." included, or null at the end. Throws IOException when the
-    /// system cannot tell: what follows may be missing, not absent.
+    /// The next entry, "." and ".." included. Null with errno 0 at the end, null with another errno
+    /// when the system cannot tell what follows: EINTR when the program has to stop.
     const dirent* next();
 
     /// Whether bit 2 (value 4) of the entry's type byte is set: so for directories, and also for
@@ -60,6 +59,7 @@ class DirectoryReader {
         void operator()(DIR* stream) const { ::closedir(stream); }
     };
     std::unique_ptr<DIR, Close> stream_;
+    unsigned count_ = 0;
 };
 
 /// An entry by the name that the file system knows it under.
@@ -69,11 +69,8 @@ struct DirectoryEntry {
 };
 
 /// All entries of an open directory but "." and "..". The descriptor stays open. Throws
-/// openDirectoryError() for `path`, and what DirectoryReader::next() throws.
+/// openDirectoryError() for `path`, and IOException when not all entries can be told.
 std::vector<DirectoryEntry> readEntries(int directory, const std::string& path);
-
-/// "opendir '%s' error %d", for a directory that cannot be listed.
-IOException openDirectoryError(const std::string& path, int error);
 
 /// The open directories from the root of a tree down to the current one. Deep down only the upper
 /// ones and the current one stay open; the others are found again through "..".

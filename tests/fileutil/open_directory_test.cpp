@@ -1,4 +1,4 @@
-#include "fileutil/directory.h"
+#include "fileutil/open_directory.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
