@@ -2,7 +2,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <istream>
-#include <log4cpp/Category.hh>
 #include <ostream>
 #include <streambuf>
 
@@ -15,8 +14,6 @@
 
 namespace corvane {
 namespace {
-
-using log4cpp::Category;
 
 std::string cleanPath(const std::string& line) {
     return correctPathInvalidChars(correctPath(line));
@@ -95,25 +92,18 @@ int writeFile(const std::string& name, std::istream& data, const CommandLog& log
 }  // namespace
 
 void CorvaneServer::cmdWrite(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.write");
-    const CommandLog log(category, sock, cmd);
     const std::string name = cleanPath(getline(params));
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            const int error = writeFile(name, params, log);
-            if (error == 0) {
-                sendResult(sock, cmd, true, "");
-            } else {
-                sendResult(sock, cmd, false, error);
-            }
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    orFailed(sock, cmd, [&] {
+        if (const int error = writeFile(name, params, logOf(sock, cmd)); error != 0) {
+            sendResult(sock, cmd, false, error);
+        } else {
+            sendResult(sock, cmd, true, "");
+        }
+    });
 }
 
 void CorvaneServer::cmdMakeDir(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.makeDir");
-    const CommandLog log(category, sock, cmd);
+    const CommandLog log = logOf(sock, cmd);
     const std::string path = correctPath(getline(params));
     orFailed(
         sock, cmd, path,
@@ -128,8 +118,6 @@ void CorvaneServer::cmdMakeDir(int sock, const std::string& cmd, std::istream& p
 }
 
 void CorvaneServer::cmdDelete(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.delete");
-    const CommandLog log(category, sock, cmd);
     const std::string path = correctPath(getline(params));
     orFailed(
         sock, cmd, "",
@@ -141,43 +129,35 @@ void CorvaneServer::cmdDelete(int sock, const std::string& cmd, std::istream& pa
             }
             sendResult(sock, cmd, true, "");
         },
-        [&](const Exception& e) { log.error(": file '%s' ERROR: '%s'", path.c_str(), e.what()); });
+        [&](const Exception& e) {
+            logOf(sock, cmd).error(": file '%s' ERROR: '%s'", path.c_str(), e.what());
+        });
 }
 
 void CorvaneServer::cmdCopy(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.copy");
-    const CommandLog log(category, sock, cmd);
     const std::string source = cleanPath(getline(params));
     const std::string destination = cleanPath(getline(params));
     CopyOptions copyOptions;
     copyOptions.recursive = getline(params) != "false";
     copyOptions.addExts(true, getline(params));
     copyOptions.addExts(false, getline(params));
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            if (isDirectory(source)) {
-                copyDirectory(source, destination, &copyOptions);
-            } else {
-                copyFile(source, destination);
-            }
-            sendResult(sock, cmd, true, "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    orFailed(sock, cmd, [&] {
+        if (isDirectory(source)) {
+            copyDirectory(source, destination, &copyOptions);
+        } else {
+            copyFile(source, destination);
+        }
+        sendResult(sock, cmd, true, "");
+    });
 }
 
 void CorvaneServer::cmdRename(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.rename");
-    const CommandLog log(category, sock, cmd);
     const std::string source = cleanPath(getline(params));
     const std::string destination = cleanPath(getline(params));
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            renameFile(source, destination);
-            sendResult(sock, cmd, true, "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    orFailed(sock, cmd, [&] {
+        renameFile(source, destination);
+        sendResult(sock, cmd, true, "");
+    });
 }
 
 }  // namespace corvane

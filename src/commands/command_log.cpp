@@ -1,9 +1,31 @@
 #include "commands/command_log.h"
 
+#include <array>
+#include <cstddef>
+#include <log4cpp/Category.hh>
+
+#include "commands/corvane_server.h"
 #include "server/address.h"
 #include "text/strings.h"
 
 namespace corvane {
+namespace {
+
+// The category of a command. The logging library finds one by its name under a lock, so it is asked
+// once for each.
+log4cpp::Category& categoryOf(const std::string& cmd) {
+    static std::array<log4cpp::Category*, commandTable.size()> categories{};
+    const Command* const command = findCommand(cmd);
+    log4cpp::Category*& category =
+        categories[static_cast<std::size_t>(command - commandTable.data())];
+    if (category == nullptr) {
+        category = &log4cpp::Category::getInstance(
+            concatenate("corvane.server.process.client.cmd.", command->category));
+    }
+    return *category;
+}
+
+}  // namespace
 
 void CommandLog::debug(const char* detail, ...) const {
     va_list args;
@@ -26,10 +48,16 @@ void CommandLog::error(const char* detail, ...) const {
     va_end(args);
 }
 
+void CommandLog::reason(const std::exception& e) const {
+    if (isLogged(log4cpp::Priority::ERROR)) {
+        categoryOf(cmd_).error(std::string(e.what()));
+    }
+}
+
 void CommandLog::write(log4cpp::Priority::Value priority, const char* detail, va_list args) const {
     if (isLogged(priority)) {
-        category_.log(priority, concatenate("Client ", formatAddress(sock_), ": cmd '", cmd_, "'",
-                                            formatvl(detail, args)));
+        categoryOf(cmd_).log(priority, concatenate("Client ", formatAddress(sock_), ": cmd '", cmd_,
+                                                   "'", formatvl(detail, args)));
     }
 }
 

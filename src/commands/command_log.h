@@ -1,10 +1,9 @@
-// Log lines of command handlers. Each begins with "Client ADDRESS: cmd 'NAME'"; nothing is looked
-// up or formatted for a line whose level is off.
+// Log lines of command handlers, in the category of their command. Nearly each begins with
+// "Client ADDRESS: cmd 'NAME'"; nothing is looked up or formatted for a line whose level is off.
 #pragma once
 
 #include <cstdarg>
 #include <exception>
-#include <log4cpp/Category.hh>
 #include <log4cpp/Priority.hh>
 #include <string>
 
@@ -14,9 +13,8 @@ namespace corvane {
 
 class CommandLog {
   public:
-    /// Keeps references: category and command name must live as long as the log.
-    CommandLog(log4cpp::Category& category, int sock, const std::string& cmd)
-        : category_(category), sock_(sock), cmd_(cmd) {}
+    /// Keeps a reference: the command's name must live as long as the log.
+    CommandLog(int sock, const std::string& cmd) : sock_(sock), cmd_(cmd) {}
 
     /// Only the common beginning.
     void debug() const {
@@ -32,11 +30,12 @@ class CommandLog {
 
     /// The common line for a failed command: "... ERROR: '%s'".
     void failure(const std::exception& e) const { error(": ERROR: '%s'", e.what()); }
+    /// The other line for one: the message alone, without the common beginning.
+    void reason(const std::exception& e) const;
 
   private:
     void write(log4cpp::Priority::Value priority, const char* detail, va_list args) const;
 
-    log4cpp::Category& category_;
     int sock_;
     const std::string& cmd_;
 };

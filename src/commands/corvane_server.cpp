@@ -3,25 +3,23 @@
 #include <algorithm>
 #include <log4cpp/Category.hh>
 
-#include "server/address.h"
 #include "log/log.h"
+#include "server/address.h"
 
 namespace corvane {
 
 void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::istream& params) {
     static log4cpp::Category& log =
         log4cpp::Category::getInstance("corvane.server.process.client.cmd");
-    const auto* const command =
-        std::find_if(commandTable.begin(), commandTable.end(),
-                     [&cmd](const Command& row) { return row.name == cmd; });
-    if (command == commandTable.end() || !isAllowed(cmd)) {
+    const Command* const command = findCommand(cmd);
+    if (command == nullptr || !isAllowed(cmd)) {
         if (log.isWarnEnabled()) {
             log.warn("Client %s: command '%s' not found", formatAddress(sock).c_str(), cmd.c_str());
         }
         sendFatalError(sock, cmd);
         return;
     }
-    if (command->effect != Effect::Reads) {
+    if (command->work == Work::Heavy) {
         flushLog();
         expectFreedMemory();  // the names of a large tree, for one
     }
@@ -30,6 +28,37 @@ void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::
 
 void CorvaneServer::sendFatalError(int sock, const std::string& cmd) {
     sendResult(sock, cmd, false, std::nullopt, {}, "");
+}
+
+void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
+                               std::optional<int> errnoValue,
+                               std::span<const CorvaneDetail> details, std::string_view hint) {
+    reply_.begin(action, ok, errnoValue, hint);
+    for (const CorvaneDetail& detail : details) {
+        reply_.append(detail);
+    }
+    sendTerminated(sock, reply_.finish());
+    reply_.clear();
+}
+
+void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
+                               std::span<const CorvaneDetail> details, std::string_view hint) {
+    sendResult(sock, action, ok, std::nullopt, details, hint);
+}
+
+void CorvaneServer::sendResult(int sock, const std::string& action, bool ok, int errnoValue) {
+    sendResult(sock, action, ok, errnoValue, {}, "");
+}
+
+void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
+                               std::string_view hint) {
+    sendResult(sock, action, ok, std::nullopt, {}, hint);
+}
+
+const Command* findCommand(std::string_view name) {
+    const auto* const found = std::find_if(commandTable.begin(), commandTable.end(),
+                                           [name](const Command& row) { return row.name == name; });
+    return found == commandTable.end() ? nullptr : found;
 }
 
 }  // namespace corvane

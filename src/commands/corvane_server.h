@@ -4,7 +4,6 @@
 
 #include <array>
 #include <istream>
-#include <log4cpp/Category.hh>
 #include <optional>
 #include <span>
 #include <string>
@@ -14,6 +13,7 @@
 #include "reply/corvane_detail.h"
 #include "reply/reply_document.h"
 #include "server/server.h"
+#include "server/socket_exception.h"
 #include "text/exception.h"
 
 namespace corvane {
@@ -62,70 +62,96 @@ class CorvaneServer : public Server {
     void cmdClipboardGet(int sock, const std::string& cmd, std::istream& params);
 
   private:
+    /// The log of one command of one client; `cmd` must outlive it.
+    static CommandLog logOf(int sock, const std::string& cmd) { return {sock, cmd}; }
+
     /// Runs the work of a command, its reply included. An Exception is passed to `report` and
-    /// answered with FAILED and `hint`.
+    /// answered with FAILED and `hint`; a SocketException passes, since a lost connection cannot be
+    /// answered.
     template <typename Work, typename Report>
     void orFailed(int sock, const std::string& cmd, std::string_view hint, Work work,
                   Report report) {
         try {
             work();
+        } catch (const SocketException&) {
+            throw;
         } catch (const Exception& e) {
             report(e);
             expectFreedMemory();  // what was too large for one has been freed
             sendResult(sock, cmd, false, hint);
         }
     }
+    /// The same as most commands fail: with the common line in the log and without a hint.
+    template <typename Work>
+    void orFailed(int sock, const std::string& cmd, Work work) {
+        orFailed(sock, cmd, "", work, [&](const Exception& e) { logOf(sock, cmd).failure(e); });
+    }
+
+    /// Sends a reply; when the connection is lost meanwhile, `report` is told before anybody else.
+    template <typename Send, typename Report>
+    static void reportingLoss(Send send, Report report) {
+        try {
+            send();
+        } catch (const SocketException& e) {
+            report(e);
+            throw;
+        }
+    }
 
     template <typename Find>
-    void answerWithText(int sock, const std::string& cmd, const std::string& hint,
-                        log4cpp::Category& category, Find find);
+    void answerWithText(int sock, const std::string& cmd, const std::string& hint, Find find);
     template <typename Measure>
-    void answerWithRectangle(int sock, const std::string& cmd, const CommandLog& log,
-                             Measure measure);
+    void answerWithRectangle(int sock, const std::string& cmd, Measure measure);
 
     ReplyDocument reply_;
     /// Nothing in it matters but its memory, which cmdReadText() uses again.
     std::string text_;
 };
 
-/// What a command does to the machine. Before anything but Reads all pending log lines are written;
-/// the request itself is among them at level DEBUG only.
-enum class Effect { Reads, Changes, Launches };
+/// How much a command is about to do. Before Heavy work, which others can observe before the reply
+/// or which may last, all pending log lines are written (the request itself is among them at level
+/// DEBUG only); and the memory that it leaves behind is given back.
+enum class Work { Light, Heavy };
 
 struct Command {
     std::string_view name;
     void (CorvaneServer::*handler)(int sock, const std::string& cmd, std::istream& params);
-    Effect effect;
+    Work work;
     /// The parameter lines in order, separated by blanks; those in brackets may be left out.
     std::string_view parameters;
+    /// The last part of its log category.
+    std::string_view category = name;
 };
 
 /// Every command but "shutdown", which the server itself handles.
-inline constexpr std::array<Command, 22> commandTable{{
-    {"write", &CorvaneServer::cmdWrite, Effect::Changes, "file data"},
-    {"makeDir", &CorvaneServer::cmdMakeDir, Effect::Changes, "directory"},
-    {"regQueryValue", &CorvaneServer::cmdRegQueryValue, Effect::Reads, "root path name"},
-    {"delete", &CorvaneServer::cmdDelete, Effect::Changes, "path"},
-    {"execute", &CorvaneServer::cmdExecute, Effect::Launches, "target"},
-    {"copy", &CorvaneServer::cmdCopy, Effect::Changes,
+inline constexpr auto commandTable = std::to_array<Command>({
+    {"write", &CorvaneServer::cmdWrite, Work::Heavy, "file data"},
+    {"makeDir", &CorvaneServer::cmdMakeDir, Work::Heavy, "directory"},
+    {"regQueryValue", &CorvaneServer::cmdRegQueryValue, Work::Heavy, "root path name"},
+    {"delete", &CorvaneServer::cmdDelete, Work::Heavy, "path"},
+    {"execute", &CorvaneServer::cmdExecute, Work::Heavy, "target"},
+    {"copy", &CorvaneServer::cmdCopy, Work::Heavy,
      "source destination [recursive] [include] [exclude]"},
-    {"rename", &CorvaneServer::cmdRename, Effect::Changes, "source destination"},
-    {"log", &CorvaneServer::cmdLog, Effect::Reads, "category priority message"},
-    {"readByte", &CorvaneServer::cmdReadByte, Effect::Reads, "file offset"},
-    {"readText", &CorvaneServer::cmdReadText, Effect::Reads, "file"},
-    {"listDir", &CorvaneServer::cmdListDir, Effect::Reads, "directory"},
-    {"userDir", &CorvaneServer::cmdUserDir, Effect::Reads, "[which]"},
-    {"currentDir", &CorvaneServer::cmdCurrentDir, Effect::Reads, ""},
-    {"tempDir", &CorvaneServer::cmdTempDir, Effect::Reads, ""},
-    {"regSetValue", &CorvaneServer::cmdRegSetValue, Effect::Reads, "root path name value"},
-    {"getWndRect", &CorvaneServer::cmdGetWndRect, Effect::Launches, "[window]"},
-    {"getScreenRect", &CorvaneServer::cmdGetScreenRect, Effect::Launches, ""},
-    {"setWndPos", &CorvaneServer::cmdSetWndPos, Effect::Launches,
+    {"rename", &CorvaneServer::cmdRename, Work::Heavy, "source destination"},
+    {"log", &CorvaneServer::cmdLog, Work::Light, "category priority message"},
+    {"readByte", &CorvaneServer::cmdReadByte, Work::Light, "file offset"},
+    {"readText", &CorvaneServer::cmdReadText, Work::Light, "file"},
+    {"listDir", &CorvaneServer::cmdListDir, Work::Light, "directory"},
+    {"userDir", &CorvaneServer::cmdUserDir, Work::Light, "[which]"},
+    {"currentDir", &CorvaneServer::cmdCurrentDir, Work::Light, ""},
+    {"tempDir", &CorvaneServer::cmdTempDir, Work::Light, ""},
+    {"regSetValue", &CorvaneServer::cmdRegSetValue, Work::Light, "root path name value"},
+    {"getWndRect", &CorvaneServer::cmdGetWndRect, Work::Heavy, "[window]"},
+    {"getScreenRect", &CorvaneServer::cmdGetScreenRect, Work::Heavy, "", "getScreenSize"},
+    {"setWndPos", &CorvaneServer::cmdSetWndPos, Work::Heavy,
      "flags [x] [y] [width] [height] [window]"},
-    {"bringToFront", &CorvaneServer::cmdBringToFront, Effect::Reads, "window"},
-    {"listNet", &CorvaneServer::cmdListNet, Effect::Reads, "[group]"},
-    {"userName", &CorvaneServer::cmdUserName, Effect::Reads, ""},
-    {"clipboardGet", &CorvaneServer::cmdClipboardGet, Effect::Reads, ""},
-}};
+    {"bringToFront", &CorvaneServer::cmdBringToFront, Work::Light, "window"},
+    {"listNet", &CorvaneServer::cmdListNet, Work::Light, "[group]"},
+    {"userName", &CorvaneServer::cmdUserName, Work::Light, ""},
+    {"clipboardGet", &CorvaneServer::cmdClipboardGet, Work::Light, ""},
+});
+
+/// The row of a command; null for a name that is none. The comparison is exact.
+const Command* findCommand(std::string_view name);
 
 }  // namespace corvane

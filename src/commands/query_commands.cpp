@@ -5,19 +5,17 @@
 
 #include "commands/command_log.h"
 #include "commands/corvane_server.h"
-#include "log/external_log.h"
-#include "reply/file_details.h"
 #include "fileutil/file_info.h"
 #include "fileutil/paths.h"
+#include "log/external_log.h"
+#include "reply/file_details.h"
 
 namespace corvane {
 namespace {
 
-using log4cpp::Category;
-
 // Neither system has a way to ask for these without further libraries.
 std::vector<FileInfo> scanNet(const std::string& /*group*/) {
-    Category::getInstance("corvane.fileutil.scanNet");
+    log4cpp::Category::getInstance("corvane.fileutil.scanNet");
     throw Exception("function netEnum() not implemented on this platform");
 }
 
@@ -28,64 +26,52 @@ std::string clipboardGet() { throw Exception("clipboardGet() not supported on th
 /// Answers with what `find` returns as the detail "value".
 template <typename Find>
 void CorvaneServer::answerWithText(int sock, const std::string& cmd, const std::string& hint,
-                                   Category& category, Find find) {
-    CommandLog(category, sock, cmd).debug();
+                                   Find find) {
+    const CommandLog log = logOf(sock, cmd);
+    log.debug();
     orFailed(
         sock, cmd, hint,
         [&] {
             const CorvaneDetail detail("value", find(), false);
             sendResult(sock, cmd, true, std::span(&detail, 1), hint);
         },
-        [&category](const Exception& e) { category.error(e.message); });
+        [&log](const Exception& e) { log.reason(e); });
 }
 
 void CorvaneServer::cmdUserDir(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.userDir");
     const std::string which = getline(params);
-    answerWithText(sock, cmd, which.empty() ? cmd : cmd + " " + which, category,
+    answerWithText(sock, cmd, which.empty() ? cmd : cmd + " " + which,
                    which == "desktop" ? getUserDesktop : getUserDirectory);
 }
 
 void CorvaneServer::cmdUserName(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.userName");
-    answerWithText(sock, cmd, cmd, category, getUserName);
+    answerWithText(sock, cmd, cmd, getUserName);
 }
 
 void CorvaneServer::cmdCurrentDir(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.currentDir");
-    answerWithText(sock, cmd, cmd, category, getCurrentDirectory);
+    answerWithText(sock, cmd, cmd, getCurrentDirectory);
 }
 
 void CorvaneServer::cmdTempDir(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.tempDir");
-    answerWithText(sock, cmd, cmd, category, getTempDirectory);
+    answerWithText(sock, cmd, cmd, getTempDirectory);
 }
 
 void CorvaneServer::cmdClipboardGet(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.clipboardGet");
-    answerWithText(sock, cmd, cmd, category, clipboardGet);
+    answerWithText(sock, cmd, cmd, clipboardGet);
 }
 
 void CorvaneServer::cmdLog(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.log");
-    const CommandLog log(category, sock, cmd);
     const std::string subCategory = getline(params);
     const std::string priority = getline(params);
     const std::string message = getline(params);
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            writeExternalLine(subCategory, priority, message);
-            sendResult(sock, cmd, true, "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    orFailed(sock, cmd, [&] {
+        writeExternalLine(subCategory, priority, message);
+        sendResult(sock, cmd, true, "");
+    });
 }
 
 void CorvaneServer::cmdListNet(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.listNet");
-    const CommandLog log(category, sock, cmd);
+    const CommandLog log = logOf(sock, cmd);
     const std::string group = getline(params);
     log.debug(": group '%s'", group.c_str());
     orFailed(

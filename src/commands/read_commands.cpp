@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <log4cpp/Category.hh>
 #include <new>
 #include <span>
 #include <stdexcept>
@@ -16,20 +15,20 @@
 #include "commands/command_file.h"
 #include "commands/command_log.h"
 #include "commands/corvane_server.h"
-#include "reply/file_details.h"
-#include "reply/xml_escape.h"
 #include "fileutil/file_info.h"
 #include "fileutil/paths.h"
+#include "reply/file_details.h"
+#include "reply/xml_escape.h"
 #include "text/strconv.h"
 #include "text/strings.h"
 
 namespace corvane {
 namespace {
 
-using log4cpp::Category;
-
 // The memory of a text up to this size is used again for the next one.
 constexpr std::size_t keptText = std::size_t{256} * 1024;
+// An entry takes about 500 bytes until its reply is sent.
+constexpr std::size_t manyEntries = 500;
 constexpr std::size_t blockSize = std::size_t{128} * 1024;
 
 void openToRead(CommandFile& file, const std::string& name, const CommandLog& log) {
@@ -108,53 +107,45 @@ std::size_t readEscaped(const CommandFile& file, const std::string& name, std::s
 }  // namespace
 
 void CorvaneServer::cmdReadByte(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.readByte");
-    const CommandLog log(category, sock, cmd);
+    const CommandLog log = logOf(sock, cmd);
     const std::string name = strconv::utf82acs(getline(params));
     const int offset = offsetOf(getline(params));
     log.debug(": fname '%s' offset %d", name.c_str(), offset);
     CommandFile file(name, log);
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            openToRead(file, name, log);
-            const CorvaneDetail detail("value", toString(byteAt(file, offset, name)), false);
-            sendResult(sock, cmd, true, std::span(&detail, 1), "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    orFailed(sock, cmd, [&] {
+        openToRead(file, name, log);
+        const CorvaneDetail detail("value", toString(byteAt(file, offset, name)), false);
+        sendResult(sock, cmd, true, std::span(&detail, 1), "");
+    });
 }
 
 void CorvaneServer::cmdReadText(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.readText");
-    const CommandLog log(category, sock, cmd);
+    const CommandLog log = logOf(sock, cmd);
     const std::string name = strconv::utf82acs(getline(params));
     log.debug(": fname '%s'", name.c_str());
     CommandFile file(name, log);
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            openToRead(file, name, log);
-            CorvaneDetail detail("text", std::move(text_), true);
-            const std::size_t bytesRead = readEscaped(file, name, detail.value);
-            log.debug(": read %ld bytes from file '%s'", static_cast<long>(bytesRead),
-                      name.c_str());
-            sendResult(sock, cmd, true, std::span(&detail, 1), "");
-            if (detail.value.capacity() <= keptText) {
-                text_ = std::move(detail.value);
-            }
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    orFailed(sock, cmd, [&] {
+        openToRead(file, name, log);
+        CorvaneDetail detail("text", std::move(text_), true);
+        const std::size_t bytesRead = readEscaped(file, name, detail.value);
+        log.debug(": read %ld bytes from file '%s'", static_cast<long>(bytesRead), name.c_str());
+        sendResult(sock, cmd, true, std::span(&detail, 1), "");
+        if (detail.value.capacity() <= keptText) {
+            text_ = std::move(detail.value);
+        }
+    });
 }
 
 void CorvaneServer::cmdListDir(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category = Category::getInstance("corvane.server.process.client.cmd.listDir");
-    const CommandLog log(category, sock, cmd);
     const std::string path = correctDirectoryPath(getline(params));
-    log.debug(": dir '%s'", path.c_str());
-    orFailed(
-        sock, cmd, "",
-        [&] { sendResult(sock, cmd, true, files2details(scanDirectory(path)), path); },
-        [&log](const Exception& e) { log.failure(e); });
+    logOf(sock, cmd).debug(": dir '%s'", path.c_str());
+    orFailed(sock, cmd, [&] {
+        std::vector<FileInfo> entries = scanDirectory(path);
+        if (entries.size() > manyEntries) {
+            expectFreedMemory();
+        }
+        sendResult(sock, cmd, true, files2details(std::move(entries)), path);
+    });
 }
 
 }  // namespace corvane

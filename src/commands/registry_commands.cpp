@@ -1,5 +1,4 @@
 // The commands of the registry emulation.
-#include <log4cpp/Category.hh>
 
 #include "commands/command_log.h"
 #include "commands/corvane_server.h"
@@ -9,8 +8,6 @@
 namespace corvane {
 namespace {
 
-using log4cpp::Category;
-
 // The hint shows the path as the client sent it, not the corrected one that is looked up.
 std::string hintFor(const std::string& root, const std::string& path, const std::string& name) {
     return root + "/" + path + ":" + name;
@@ -19,36 +16,33 @@ std::string hintFor(const std::string& root, const std::string& path, const std:
 }  // namespace
 
 void CorvaneServer::cmdRegQueryValue(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.regQueryValue");
+    const CommandLog log = logOf(sock, cmd);
     const std::string root = getline(params);
     const std::string path = getline(params);
     const std::string name = getline(params);
     const std::string correctedPath = correctPath(path);
-    CommandLog(category, sock, cmd)
-        .debug(" root '%s' path '%s' value '%s'", root.c_str(), correctedPath.c_str(),
-               name.c_str());
+    log.debug(" root '%s' path '%s' value '%s'", root.c_str(), correctedPath.c_str(), name.c_str());
     const std::string hint = hintFor(root, path, name);
+    const auto report = [&log](const Exception& e) { log.reason(e); };
     orFailed(
         sock, cmd, hint,
         [&] {
             const CorvaneDetail detail("value", getRegString(root, correctedPath, name), false);
-            sendResult(sock, cmd, true, std::span(&detail, 1), hint);
+            reportingLoss([&] { sendResult(sock, cmd, true, std::span(&detail, 1), hint); },
+                          report);
         },
-        [](const Exception& e) { category.error(e.message); });
+        report);
 }
 
 void CorvaneServer::cmdRegSetValue(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.regSetValue");
+    const CommandLog log = logOf(sock, cmd);
     const std::string root = getline(params);
     const std::string path = getline(params);
     const std::string key = getline(params);
     const std::string value = getline(params);
     const std::string correctedPath = correctPath(path);
-    CommandLog(category, sock, cmd)
-        .debug(" root '%s' path '%s' key '%s' value '%s'", root.c_str(), correctedPath.c_str(),
-               key.c_str(), value.c_str());
+    log.debug(" root '%s' path '%s' key '%s' value '%s'", root.c_str(), correctedPath.c_str(),
+              key.c_str(), value.c_str());
     const std::string hint = hintFor(root, path, key);
     orFailed(
         sock, cmd, hint,
@@ -56,7 +50,7 @@ void CorvaneServer::cmdRegSetValue(int sock, const std::string& cmd, std::istrea
             setRegString(root, correctedPath, key, value);
             sendResult(sock, cmd, true, hint);
         },
-        [](const Exception& e) { category.error(e.message); });
+        [&log](const Exception& e) { log.reason(e); });
 }
 
 }  // namespace corvane

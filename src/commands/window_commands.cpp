@@ -1,7 +1,6 @@
 // The commands about windows and the screen.
 #include <array>
 #include <climits>
-#include <log4cpp/Category.hh>
 
 #include "commands/command_log.h"
 #include "commands/corvane_server.h"
@@ -10,8 +9,6 @@
 
 namespace corvane {
 namespace {
-
-using log4cpp::Category;
 
 // The number that a line begins with, or -1 when there is none or an int cannot hold it.
 int numberOf(const std::string& line) {
@@ -66,83 +63,63 @@ void placePlayer(const Placement& wanted) {
 
 // Answers with the four numbers that `measure` finds.
 template <typename Measure>
-void CorvaneServer::answerWithRectangle(int sock, const std::string& cmd, const CommandLog& log,
-                                        Measure measure) {
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            int x = 0;
-            int y = 0;
-            int width = 0;
-            int height = 0;
-            measure(x, y, width, height);
-            const std::array<CorvaneDetail, 4> details{
-                CorvaneDetail("x", toString(x), false), CorvaneDetail("y", toString(y), false),
-                CorvaneDetail("width", toString(width), false),
-                CorvaneDetail("height", toString(height), false)};
-            sendResult(sock, cmd, true, details, "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+void CorvaneServer::answerWithRectangle(int sock, const std::string& cmd, Measure measure) {
+    orFailed(sock, cmd, [&] {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+        measure(x, y, width, height);
+        const std::array<CorvaneDetail, 4> details{
+            CorvaneDetail("x", toString(x), false), CorvaneDetail("y", toString(y), false),
+            CorvaneDetail("width", toString(width), false),
+            CorvaneDetail("height", toString(height), false)};
+        sendResult(sock, cmd, true, details, "");
+    });
 }
 
 void CorvaneServer::cmdGetWndRect(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.getWndRect");
-    const CommandLog log(category, sock, cmd);
     std::string name = getline(params);
     if (name.empty()) {
         name = wndutil::PLAYER_TITLE;
     }
-    log.debug(": window name '%s'", name.c_str());
-    answerWithRectangle(sock, cmd, log, [&name](int& x, int& y, int& width, int& height) {
+    logOf(sock, cmd).debug(": window name '%s'", name.c_str());
+    answerWithRectangle(sock, cmd, [&name](int& x, int& y, int& width, int& height) {
         wndutil::getWndRect(name.c_str(), x, y, width, height);
     });
 }
 
 void CorvaneServer::cmdGetScreenRect(int sock, const std::string& cmd, std::istream& /*params*/) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.getScreenSize");
-    const CommandLog log(category, sock, cmd);
-    log.debug();
-    answerWithRectangle(sock, cmd, log, wndutil::getScreenRect);
+    logOf(sock, cmd).debug();
+    answerWithRectangle(sock, cmd, wndutil::getScreenRect);
 }
 
 void CorvaneServer::cmdSetWndPos(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.setWndPos");
-    const CommandLog log(category, sock, cmd);
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            const Placement wanted = readPlacement(params);
-            log.debug(": window name '%s' flag %#x", wanted.window.c_str(),
-                      static_cast<unsigned>(wanted.flags));
-            if (wanted.window.empty()) {
-                placePlayer(wanted);
-            } else {
-                place(wanted.window.c_str(), wanted);
-            }
-            sendResult(sock, cmd, true, "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    const CommandLog log = logOf(sock, cmd);
+    orFailed(sock, cmd, [&] {
+        const Placement wanted = readPlacement(params);
+        log.debug(": window name '%s' flag %#x", wanted.window.c_str(),
+                  static_cast<unsigned>(wanted.flags));
+        if (wanted.window.empty()) {
+            placePlayer(wanted);
+        } else {
+            place(wanted.window.c_str(), wanted);
+        }
+        sendResult(sock, cmd, true, "");
+    });
 }
 
 void CorvaneServer::cmdBringToFront(int sock, const std::string& cmd, std::istream& params) {
-    static Category& category =
-        Category::getInstance("corvane.server.process.client.cmd.bringToFront");
-    const CommandLog log(category, sock, cmd);
-    orFailed(
-        sock, cmd, "",
-        [&] {
-            const std::string name = getline(params);
-            if (name.empty()) {
-                throw Exception("Window name is empty");
-            }
-            log.debug(": window name '%s'", name.c_str());
-            wndutil::bringToFront(name.c_str());
-            sendResult(sock, cmd, true, "");
-        },
-        [&log](const Exception& e) { log.failure(e); });
+    const CommandLog log = logOf(sock, cmd);
+    orFailed(sock, cmd, [&] {
+        const std::string name = getline(params);
+        if (name.empty()) {
+            throw Exception("Window name is empty");
+        }
+        log.debug(": window name '%s'", name.c_str());
+        wndutil::bringToFront(name.c_str());
+        sendResult(sock, cmd, true, "");
+    });
 }
 
 }  // namespace corvane

@@ -25,6 +25,8 @@ int shellexecute(const char* target);
 /// arguments are passed. Returns its process id, or -1; it is not waited for.
 pid_t createProcess(const std::string& path, const std::vector<std::string>& args = {});
 
+// A provided interface that the program itself does not call, like what it calls.
+
 /// The configured application for a file extension (without dot): the key "app.EXT.mac", else
 /// "app.EXT"; empty when there is none.
 std::string getAppForExtension(const std::string& extension);

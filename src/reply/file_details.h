@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "reply/corvane_detail.h"
 #include "fileutil/file_info.h"
+#include "reply/corvane_detail.h"
 
 namespace corvane {
 
@@ -12,6 +12,7 @@ namespace corvane {
 /// in the order of the names without regard to letter case. Takes the entries to move the names.
 std::vector<CorvaneDetail> files2details(std::vector<FileInfo> files);
 
+/// A provided interface that the program itself does not call: files2details() sorts by keys.
 /// The order of two details: the higher kind first, then by name. Negative, 0 or positive.
 int cmpFileInfo2(const CorvaneDetail& a, const CorvaneDetail& b);
 

@@ -1,5 +1,7 @@
 #include "reply/reply_document.h"
 
+#include <string>
+
 namespace corvane {
 namespace {
 
@@ -10,10 +12,19 @@ constexpr std::size_t keptBuffer = std::size_t{256} * 1024;
 
 }  // namespace
 
-void ReplyDocument::clear() {
-    buffer_.clearAndShrink(keptBuffer);
-    large_.clear();
-    pieces_.clear();
+void ReplyDocument::begin(std::string_view action, bool ok, std::optional<int> errnoValue,
+                          std::string_view hint) {
+    const std::string_view result = ok ? "SUCCESS" : "FAILED";
+    clear();
+    write("<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"", action, "\" Result=\"",
+          result, "\"");
+    if (errnoValue) {
+        write(" errno=\"", std::to_string(*errnoValue), "\"");
+    }
+    if (!hint.empty()) {
+        write(" hint=\"", hint, "\"");
+    }
+    write(">");
 }
 
 void ReplyDocument::append(const CorvaneDetail& detail) {
@@ -42,7 +53,7 @@ void ReplyDocument::appendText(std::string_view text) {
 }
 
 std::span<std::string_view> ReplyDocument::finish() {
-    buffer_.append(std::string_view("\0", 1));
+    write("</Header></CorvaneMsg>", std::string_view("\0", 1));
     pieces_.clear();
     std::size_t from = 0;
     for (const LargeText& large : large_) {
@@ -52,6 +63,12 @@ std::span<std::string_view> ReplyDocument::finish() {
     }
     pieces_.push_back(buffer_.view().substr(from));
     return pieces_;
+}
+
+void ReplyDocument::clear() {
+    buffer_.clearAndShrink(keptBuffer);
+    large_.clear();
+    pieces_.clear();
 }
 
 }  // namespace corvane

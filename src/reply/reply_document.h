@@ -1,9 +1,11 @@
-// The text of a reply while it is put together: one growing buffer that is used again for the next
-// reply, and large texts that stay where they are.
+// The text of a reply, one line of XML whose exact bytes applications depend on, while it is put
+// together: one growing buffer that is used again for the next reply, and large texts that stay
+// where they are. Nothing is escaped here: what may hold markup must come escaped.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -15,9 +17,23 @@ namespace corvane {
 
 class ReplyDocument {
   public:
-    /// Starts a new document.
+    /// Starts a new document with its header. The errno attribute is written when there is a value,
+    /// the hint when it is not empty.
+    void begin(std::string_view action, bool ok, std::optional<int> errnoValue,
+               std::string_view hint);
+
+    /// Appends a Detail element. The detail must stay until the document is sent, since a large
+    /// text in it is not copied.
+    void append(const CorvaneDetail& detail);
+
+    /// Ends the document, and with it a zero byte. Returns its pieces in order, valid until
+    /// clear() or begin().
+    std::span<std::string_view> finish();
+
+    /// Empties the document and gives the memory of a large one back.
     void clear();
 
+  private:
     /// Appends texts as they are.
     template <typename... Text>
     void write(const Text&... text) {
@@ -28,14 +44,6 @@ class ReplyDocument {
         buffer_.commit(static_cast<std::size_t>(end - begin));
     }
 
-    /// Appends a Detail element. Nothing is escaped; the detail must stay until the document is
-    /// sent, since a large text in it is not copied.
-    void append(const CorvaneDetail& detail);
-
-    /// Ends the document with a zero byte. Returns its pieces in order, valid until clear().
-    std::span<std::string_view> finish();
-
-  private:
     struct LargeText {
         std::size_t position;
         std::string_view text;

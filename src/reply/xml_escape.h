@@ -11,6 +11,8 @@ namespace corvane {
 /// Appends `text` escaped to `out`.
 void appendEscaped(std::string_view text, std::string& out);
 
+// The functions from here on are a provided interface; in the program only XmlWriter calls them.
+
 /// Writes `length` bytes of `text` escaped to `out`, or appends them to `str` when `out` is null.
 void escapeXml(const char* text, int length, std::ostream* out, std::string* str);
 void escapeXml(const char* text, int length, std::ostream& out);

@@ -1,6 +1,7 @@
 // A small streaming writer for XML text. It keeps the open elements, so that endElement() needs no
 // name, and closes a start tag lazily: an element without content becomes an empty-element tag. It
-// writes no indentation, line breaks or declaration.
+// writes no indentation, line breaks or declaration. A provided interface that the program itself
+// does not call: its replies are put together by ReplyDocument.
 #pragma once
 
 #include <deque>

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""methods_test.py [ROOT]: both client libraries and the protocol page have each command of the server's
-table, no command more, and the two libraries the same methods with the same parameters."""
+"""methods_test.py [ROOT]: each command of the server has a handler and a row in its table; both client
+libraries, the protocol page and the README have each of them, no command more, and the two libraries the
+same methods with the same parameters."""
 
 import pathlib
 import re
@@ -20,9 +21,16 @@ each get set namespace include dynamic final override static""".split())
 
 
 def server_commands():
+    """The names in the table, and those of the handlers."""
     header = (ROOT / "src/commands/corvane_server.h").read_text("utf-8")
-    table = re.search(r"commandTable\{\{(.*?)\}\};", header, re.DOTALL).group(1)
-    return re.findall(r'^\s*\{"(\w+)",', table, re.MULTILINE)
+    rows = re.findall(r'^ *\{"(\w+)", &CorvaneServer::cmd(\w+),', header, re.MULTILINE)
+    handlers = re.findall(r"^ *void cmd(\w+)\(", header, re.MULTILINE)
+    return [name for name, _ in rows], [name[0].lower() + name[1:] for name in handlers]
+
+
+def readme_commands():
+    section = re.search(r"^\| Command \|.*?\n\n", (ROOT / "README.md").read_text("utf-8"), re.DOTALL | re.MULTILINE)
+    return re.findall(r"^\| `(\w+)` \|", section.group(0), re.MULTILINE)
 
 
 def methods(path, pattern):
@@ -45,16 +53,15 @@ def report(what, found, expected):
 
 
 def main():
-    commands = server_commands()
+    commands, handlers = server_commands()
     haxe = methods("clients/haxe/corvane/CorvaneClient.hx", r"\n  public function (\w+)\((.*?)\)(?::Void)? \{\n")
     as3 = methods("clients/as3/corvane/CorvaneClient.as", r"\n    public function (\w+)\((.*?)\)(?::void)? \{\n")
     words = AS3_WORDS.intersection(name for method in as3.items() for name in (method[0], *method[1]))
     as3 = {{"CorvaneClient": "new", "delete_": "delete"}.get(name, name): names for name, names in as3.items()}
     headings = re.findall(r"^### (\w+)$", (ROOT / "docs/protocol.md").read_text("utf-8"), re.MULTILINE)
 
-    well = len(commands) == 22
-    if not well:
-        print(f"The server's table was not understood: {commands}")
+    well = report("the server's table", commands, handlers) and bool(commands)
+    well &= report("README.md", readme_commands(), {"shutdown", *commands})
     well &= report("names in ActionScript that it keeps for itself", words, [])
     well &= report("clients/haxe", haxe, EXTRA.union(commands))
     well &= report("clients/as3", as3, EXTRA.union(commands))
