@@ -1,8 +1,7 @@
 // Commands that change the file system: write, makeDir, delete, copy, rename.
+#include <array>
 #include <cstddef>
-#include <cstdio>
 #include <istream>
-#include <ostream>
 #include <streambuf>
 
 #include "commands/command_file.h"
@@ -10,6 +9,7 @@
 #include "commands/corvane_server.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/paths.h"
+#include "text/memory_stream.h"
 #include "text/strconv.h"
 
 namespace corvane {
@@ -19,38 +19,27 @@ std::string cleanPath(const std::string& line) {
     return correctPathInvalidChars(correctPath(line));
 }
 
-// Hands what is written to it on to a file. With libstdc++ the rest of a request, which lies in
-// memory, arrives in one piece and so reaches the file without being copied into a buffer of ours
-// first.
-class FileSink : public std::streambuf {
-  public:
-    explicit FileSink(FILE* file) : file_(file) {}
+// What ferror(3) tells of a stream that could not be written: the reply has always shown it.
+constexpr int writeFailed = 1;
 
-    std::size_t written() const { return written_; }
-
-  protected:
-    std::streamsize xsputn(const char* bytes, std::streamsize count) override {
-        const std::size_t taken = std::fwrite(bytes, 1, static_cast<std::size_t>(count), file_);
-        written_ += taken;
-        return static_cast<std::streamsize>(taken);
+// Writes the rest of the request: in one piece when it lies in memory, as all do that the server
+// has received. Stops at the first byte that is not taken and returns whether there was none.
+bool writeRest(std::istream& data, CommandFile& file) {
+    if (auto* const memory = dynamic_cast<MemoryStream*>(&data)) {
+        return file.write(memory->takeRest());
     }
-
-    int_type overflow(int_type c) override {
-        const char byte = traits_type::to_char_type(c);
-        return xsputn(&byte, 1) == 1 ? c : traits_type::eof();
+    std::array<char, std::size_t{64} * 1024>
+        block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    while (true) {
+        const std::streamsize count =
+            data.rdbuf()->sgetn(block.data(), static_cast<std::streamsize>(block.size()));
+        if (count <= 0) {
+            return true;
+        }
+        if (!file.write({block.data(), static_cast<std::size_t>(count)})) {
+            return false;
+        }
     }
-
-  private:
-    FILE* file_;
-    std::size_t written_ = 0;
-};
-
-// Copies the rest of the request into the file and stops at the first byte that is not taken.
-// Returns the number of bytes written.
-std::size_t copyRest(std::istream& data, FILE* file) {
-    FileSink sink(file);
-    std::ostream(&sink) << data.rdbuf();
-    return sink.written();
 }
 
 void removePartialFile(const std::string& name, const CommandLog& log) {
@@ -72,12 +61,11 @@ int writeFile(const std::string& name, std::istream& data, const CommandLog& log
     }
     log.debug(": open file '%s'", name.c_str());
     const bool removable = file.isRegular();
-    const auto written = static_cast<long>(copyRest(data, file.stream()));
-    static_cast<void>(std::fflush(file.stream()));  // ferror() tells
-    const int indicator = std::ferror(file.stream());
+    const bool whole = writeRest(data, file) && file.finishWriting();
+    const auto written = static_cast<long>(file.written());
     // A file system may report only at the close that the data did not reach the disk.
     const int closed = file.close();
-    const int error = indicator != 0 ? indicator : closed;
+    const int error = whole ? closed : writeFailed;
     if (error == 0) {
         log.debug(": write file '%s' written bytes %ld OK", name.c_str(), written);
         return 0;

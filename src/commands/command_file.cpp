@@ -4,16 +4,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
-#include "platform/file_desc.h"
-#include "platform/open_flags.h"
+#include "platform/io.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
 
 constexpr mode_t newFileMode = 0666;
+// What is written between two looks at the signals.
+constexpr std::size_t blockSize = std::size_t{1024} * 1024;
+constexpr std::size_t streamBuffer = 4096;
 
 bool mayNeverEnd(mode_t mode) { return !S_ISREG(mode) && !S_ISDIR(mode); }
 
@@ -35,37 +39,48 @@ int closeFile(FILE* file, const std::string& path, const CommandLog& log) {
 
 int CommandFile::openForReading() { return open(O_RDONLY, mayNeverEnd); }
 
-int CommandFile::openForWriting() {
-    if (const int error = open(O_RDWR | O_CREAT | O_TRUNC, mayNotBeOverwritten); error != 0) {
-        return error;
+int CommandFile::openForWriting() { return open(O_RDWR | O_CREAT | O_TRUNC, mayNotBeOverwritten); }
+
+int CommandFile::open(int flags, bool (*refused)(mode_t)) {
+    OpenedFile opened = openGuarded(AT_FDCWD, path_, flags, newFileMode);
+    if (opened.fd == -1) {
+        return errno;
     }
-    file_ = ::fdopen(opened_, "w+");
-    if (file_ == nullptr) {
-        const int error = errno;
-        opened_.close();
-        return error;
+    if (refused(opened.info.st_mode)) {
+        return EINVAL;
     }
-    static_cast<void>(opened_.release());
+    file_ = std::move(opened);
     return 0;
 }
 
-int CommandFile::open(int flags, bool (*refused)(mode_t)) {
-    FileDesc opened(::open(path_.c_str(), flags | guardedOpen, newFileMode));
-    if (opened == -1 || ::fstat(opened, &info_) != 0) {
-        return errno;
+// A stop does not end it at a regular file: the old contents are gone, and the new ones at hand.
+bool CommandFile::write(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const std::string_view block = bytes.substr(0, blockSize);
+        if (!writeAll(file_.fd, block)) {
+            const auto reached = std::max(
+                static_cast<std::size_t>(std::max<off_t>(::lseek(file_.fd, 0, SEEK_CUR), 0)),
+                written_);
+            const std::size_t taken = (reached / streamBuffer + 1) * streamBuffer;
+            written_ += std::min(taken - written_, bytes.size());
+            return false;
+        }
+        written_ += block.size();
+        bytes.remove_prefix(block.size());
+        deliverPendingSignals();
     }
-    if (refused(info_.st_mode)) {
-        return EINVAL;
-    }
-    opened_ = std::move(opened);
-    return 0;
+    return true;
+}
+
+bool CommandFile::finishWriting() {
+    return !S_ISCHR(file_.info.st_mode) || letCloseDrain(file_.fd);
 }
 
 int CommandFile::close() {
-    if (opened_ != -1) {
-        return logClosed(opened_.close() == 0 ? 0 : errno, path_, log_);
+    if (file_.fd == -1) {
+        return 0;
     }
-    return closeFile(std::exchange(file_, nullptr), path_, log_);
+    return logClosed(file_.fd.close() == 0 ? 0 : errno, path_, log_);
 }
 
 }  // namespace corvane

@@ -6,14 +6,16 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include "commands/command_log.h"
-#include "platform/file_desc.h"
+#include "platform/guarded_open.h"
 
 namespace corvane {
 
 /// Closes a file and logs the result, which it returns: 0 or an errno value. A null file is left
-/// alone.
+/// alone. A provided interface that the program itself does not call: the files of its commands are
+/// descriptors.
 int closeFile(FILE* file, const std::string& path, const CommandLog& log);
 
 /// A file of one command; what is still open in the end is closed, whatever happens.
@@ -31,17 +33,28 @@ class CommandFile {
     /// sockets and devices, which might never end, are refused with EINVAL. Returns 0 or an errno
     /// value.
     int openForReading();
-    /// Creates or empties a file as fopen "w+" does. Pipes, sockets and block devices are refused
+    /// Creates or empties a file as fopen "w+" does; everyone may read and write a new one, as far
+    /// as the umask allows. Pipes, sockets and block devices are refused
     /// with EINVAL. Returns 0 or an errno value.
     int openForWriting();
 
-    /// Of a file that was opened for reading.
-    int descriptor() const { return opened_; }
-    /// Of a file that was opened for writing.
-    FILE* stream() const { return file_; }
+    int descriptor() const { return file_.fd; }
     /// The size in bytes when the file was opened; 0 when it has none.
-    std::size_t size() const { return isRegular() ? static_cast<std::size_t>(info_.st_size) : 0; }
-    bool isRegular() const { return S_ISREG(info_.st_mode); }
+    std::size_t size() const {
+        return isRegular() ? static_cast<std::size_t>(file_.info.st_size) : 0;
+    }
+    bool isRegular() const { return S_ISREG(file_.info.st_mode); }
+
+    /// Appends to a file that was opened for writing. A device that takes no more is waited for,
+    /// unless the program has to stop; signals are let in between the blocks of a long text.
+    /// Returns whether everything was taken.
+    bool write(std::string_view bytes);
+    /// After the last write(): makes sure that closing a device loses nothing. Returns whether
+    /// everything will reach it.
+    bool finishWriting();
+    /// The number of bytes that write() has taken. After a failure it is that of a stream with a
+    /// buffer, which fails when the buffer is full, or at the end: the log has always told that.
+    std::size_t written() const { return written_; }
 
     /// Returns 0 or an errno value.
     int close();
@@ -51,9 +64,8 @@ class CommandFile {
 
     const std::string& path_;
     const CommandLog& log_;
-    FileDesc opened_;
-    FILE* file_ = nullptr;
-    struct stat info_ {};
+    OpenedFile file_;
+    std::size_t written_ = 0;
 };
 
 }  // namespace corvane

@@ -17,6 +17,8 @@
 #include "commands/corvane_server.h"
 #include "fileutil/file_info.h"
 #include "fileutil/paths.h"
+#include "platform/io.h"
+#include "platform/waiting.h"
 #include "reply/file_details.h"
 #include "reply/xml_escape.h"
 #include "text/strconv.h"
@@ -46,14 +48,6 @@ int offsetOf(const std::string& text) {
 // What ferror(3) tells of a stream that could not be read: the log has always shown it.
 constexpr int readFailed = 1;
 
-ssize_t readBlock(const CommandFile& file, std::span<char> block) {
-    ssize_t count = 0;
-    do {
-        count = ::read(file.descriptor(), block.data(), block.size());
-    } while (count == -1 && errno == EINTR);
-    return count;
-}
-
 int byteAt(const CommandFile& file, int offset, const std::string& name) {
     if (::lseek(file.descriptor(), offset, SEEK_SET) == -1) {
         const int error = errno;
@@ -62,7 +56,7 @@ int byteAt(const CommandFile& file, int offset, const std::string& name) {
             error);
     }
     char byte = 0;
-    switch (readBlock(file, std::span(&byte, 1))) {
+    switch (readSome(file.descriptor(), std::span(&byte, 1))) {
         case 1:
             return static_cast<unsigned char>(byte);
         case 0:
@@ -76,7 +70,8 @@ int byteAt(const CommandFile& file, int offset, const std::string& name) {
     }
 }
 
-// Reads the rest of a file, escaped, into `text`. Returns the number of bytes read.
+// Reads the rest of a file, escaped, into `text`, unless the program has to stop. Returns the
+// number of bytes read.
 std::size_t readEscaped(const CommandFile& file, const std::string& name, std::string& text) {
     std::size_t bytesRead = 0;
     std::array<char, blockSize> block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
@@ -85,7 +80,7 @@ std::size_t readEscaped(const CommandFile& file, const std::string& name, std::s
         text.clear();
         text.reserve(file.size() + file.size() / 16);
         while (true) {
-            const ssize_t count = readBlock(file, block);
+            const ssize_t count = interrupted() ? -1 : readSome(file.descriptor(), block);
             if (count == -1) {
                 throw IOException(format("read error on file '%s'", name.c_str()), readFailed);
             }

@@ -14,8 +14,8 @@ namespace corvane {
 /// Exception for another root and for a key that no file has.
 std::string getRegString(const std::string& root, const std::string& path, const std::string& name);
 
-/// The same, with the failure logged and `defaultValue` returned instead of an Exception. A provided
-/// interface that the program itself does not call.
+/// The same, with the failure logged and `defaultValue` returned instead of an Exception. A
+/// provided interface that the program itself does not call.
 std::string getRegString(const std::string& root, const std::string& path, const std::string& name,
                          const std::string& defaultValue);
 

@@ -1,8 +1,8 @@
 #include "launch/launcher.h"
 
-#include "launch/movie_page.h"
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
+#include "launch/movie_page.h"
 #include "platform/opener.h"
 #include "platform/process.h"
 #include "text/strings.h"

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <string_view>
 
+#include "launch/movie_size.h"
 #include "platform/file_desc.h"
 #include "platform/io.h"
 #include "platform/system.h"

@@ -1,19 +1,19 @@
+#include "launch/movie_size.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <optional>
 #include <span>
 
-#include "launch/movie_page.h"
-#include "platform/file_desc.h"
-#include "platform/open_flags.h"
+#include "platform/guarded_open.h"
+#include "platform/io.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
@@ -29,19 +29,11 @@ constexpr std::size_t inflateBlock = std::size_t{64} * 1024;
 
 using Rect = std::array<Byte, largestRect>;
 
+// Fills the buffer as far as the file reaches and can be read. Returns the number of bytes.
 std::size_t readUpTo(int fd, std::span<Byte> buffer) {
-    std::size_t total = 0;
-    while (total < buffer.size()) {
-        const ssize_t count = ::read(fd, buffer.data() + total, buffer.size() - total);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            break;
-        }
-        total += static_cast<std::size_t>(count);
-    }
-    return total;
+    const auto room = std::as_writable_bytes(buffer);
+    const ssize_t count = readAll(fd, std::span(reinterpret_cast<char*>(room.data()), room.size()));
+    return count == -1 ? 0 : static_cast<std::size_t>(count);
 }
 
 // Reads unsigned fields from a byte sequence, most significant bit first.
@@ -93,7 +85,7 @@ class Inflater {
     Inflater& operator=(Inflater&&) = delete;
 
     // The first bytes of what `fd` holds from its offset on, or nothing when that is not one
-    // complete zlib stream of at most `capacity` bytes.
+    // complete zlib stream of at most `capacity` bytes, or when the program has to stop.
     std::optional<std::size_t> inflateAll(int fd, std::uint64_t capacity, Rect& first) {
         int status = ready_ ? Z_OK : Z_MEM_ERROR;
         while (status == Z_OK || status == Z_BUF_ERROR) {
@@ -109,7 +101,7 @@ class Inflater {
             stream_.avail_out = static_cast<uInt>(output_.size());
             status = ::inflate(&stream_, Z_NO_FLUSH);
             keep(output_.size() - stream_.avail_out, first);
-            if (total_ > capacity) {
+            if (total_ > capacity || interrupted()) {
                 return std::nullopt;
             }
         }
@@ -140,11 +132,11 @@ std::uint32_t littleEndian(const Byte* bytes) {
 }  // namespace
 
 MovieSize readSWFSize(const char* swfPath) {
-    const FileDesc file(::open(swfPath, O_RDONLY | guardedOpen));
-    struct stat info {};
-    if (file == -1 || ::fstat(file, &info) != 0 || !S_ISREG(info.st_mode)) {
+    const OpenedFile opened = openGuarded(AT_FDCWD, swfPath, O_RDONLY);
+    if (opened.fd == -1 || !S_ISREG(opened.info.st_mode)) {
         return defaultSize;
     }
+    const int file = opened.fd;
     std::array<Byte, headerSize> header{};
     if (readUpTo(file, header) < header.size()) {
         return defaultSize;

@@ -1,6 +1,7 @@
 #include "reply/file_details.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -8,10 +9,20 @@
 #include <utility>
 
 #include "fileutil/paths.h"
+#include "platform/waiting.h"
+#include "text/exception.h"
 #include "text/lex.h"
 
 namespace corvane {
 namespace {
+
+// Lets signals in now and then while `entries` are counted up.
+void stopWhenAsked(std::size_t entries) {
+    constexpr std::size_t block = 1024;
+    if (entries % block == block - 1 && interrupted()) {
+        throw IOException("listing was stopped", EINTR);
+    }
+}
 
 CorvaneDetail describe(FileInfo& file) {
     CorvaneDetail detail(directory2id(file.type), std::move(file.name), false);
@@ -42,6 +53,7 @@ class Order {
     explicit Order(const std::vector<FileInfo>& files) {
         places_.reserve(files.size());
         for (std::size_t i = 0; i < files.size(); ++i) {
+            stopWhenAsked(i);
             if (files[i].name != DIR_THIS && files[i].name != DIR_PARENT) {
                 add(files[i], static_cast<std::uint32_t>(i));
             }
@@ -114,6 +126,7 @@ std::vector<CorvaneDetail> files2details(std::vector<FileInfo> files) {
     std::vector<CorvaneDetail> details;
     details.reserve(order.places().size());
     for (const Place& place : order.places()) {
+        stopWhenAsked(details.size());
         details.push_back(describe(files[place.index]));
     }
     return details;

@@ -18,6 +18,14 @@ class MemoryStreamBuf : public std::streambuf {
             const_cast<char*>(text.data());  // NOLINT(cppcoreguidelines-pro-type-const-cast)
         setg(begin, begin, begin + text.size());
     }
+
+    /// Takes what has not been read yet off the buffer, in one piece that stays as long as the
+    /// bytes that were shown.
+    std::string_view takeRest() {
+        const std::string_view rest(gptr(), static_cast<std::size_t>(egptr() - gptr()));
+        setg(egptr(), egptr(), egptr());
+        return rest;
+    }
 };
 
 /// Making a stream costs more than reading a short request from it: one stream serves many texts.
@@ -27,6 +35,8 @@ class MemoryStream : private MemoryStreamBuf, public std::istream {
         : std::istream(static_cast<std::streambuf*>(this)) {
         open(text);
     }
+
+    using MemoryStreamBuf::takeRest;
 
     /// Starts again with another text, which must stay until it has been read.
     void open(std::string_view text) {

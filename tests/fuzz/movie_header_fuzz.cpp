@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "launch/movie_page.h"
+#include "launch/movie_size.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/scratch.h"
 

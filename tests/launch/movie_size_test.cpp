@@ -1,3 +1,5 @@
+#include "launch/movie_size.h"
+
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -5,7 +7,7 @@
 #include <ostream>
 #include <random>
 
-#include "launch/movie_page.h"
+#include "support/held_signals.h"
 #include "support/movie.h"
 #include "support/scratch_directory.h"
 
@@ -208,6 +210,15 @@ TEST_F(SizeOfMovie, IsReadFromAnyBytesWithoutHarm) {
         }
         sizeOf(bytes);
     }
+}
+
+// What a body costs to inflate has nothing to do with the size of its file.
+TEST_F(SizeOfMovie, LetsSignalsInWhileABodyIsInflated) {
+    const HeldSignals signals;
+    ASSERT_EQ(::raise(SIGCHLD), 0);
+    EXPECT_EQ(sizeOf(compressedMovie(packed({15, {0, 11000, 0, 8000}}) + std::string(1000, 'x'))),
+              (MovieSize{550, 400}));
+    EXPECT_EQ(signals.handled(), 1);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/held_signals.h"
+
 namespace corvane {
 namespace {
 
@@ -77,6 +79,13 @@ TEST(FilesToDetails, KeepsTheOrderOfNamesThatDifferInCaseOnly) {
             EXPECT_EQ(details[i].value, files[i].name) << i;
         }
     }
+}
+
+TEST(FilesToDetails, LetsSignalsInWhileThereAreMany) {
+    const HeldSignals signals;
+    ASSERT_EQ(::raise(SIGCHLD), 0);
+    EXPECT_EQ(files2details(std::vector<FileInfo>(5000, FileInfo("f", 0))).size(), 5000U);
+    EXPECT_EQ(signals.handled(), 1);
 }
 
 TEST(CompareDetails, LooksAtTheKindAndThenAtTheName) {
