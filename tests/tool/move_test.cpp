@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <thread>
+
 #include "tool_fixture.h"
 
 namespace corvane::x11test {
@@ -72,6 +78,52 @@ TEST_P(Move, NamesTheTitleThatNoWindowHas) {
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.errors, "cvnwinfo: no window titled 'Browser'\n");
     }
+}
+
+// A window manager with a will of its own: it grants nothing, and changes the window's size each
+// 50 ms.
+class RestlessManager {
+  public:
+    RestlessManager(const X11Session& session, xcb_window_t window)
+        : connection_(session.display()), window_(window) {
+        constexpr std::array<std::uint32_t, 1> events = {XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT};
+        xcb_change_window_attributes(connection_.get(), connection_.screen()->root,
+                                     XCB_CW_EVENT_MASK, events.data());
+        static_cast<void>(connection_.atom("WM_STATE"));  // a round trip: it is in force now
+        thread_ = std::thread([this] { resize(); });
+    }
+    ~RestlessManager() {
+        over_ = true;
+        thread_.join();
+    }
+    RestlessManager(const RestlessManager&) = delete;
+    RestlessManager& operator=(const RestlessManager&) = delete;
+    RestlessManager(RestlessManager&&) = delete;
+    RestlessManager& operator=(RestlessManager&&) = delete;
+
+  private:
+    void resize() {
+        for (std::uint32_t width = 330; !over_; ++width) {
+            xcb_configure_window(connection_.get(), window_, XCB_CONFIG_WINDOW_WIDTH, &width);
+            xcb_flush(connection_.get());
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    }
+
+    X11Connection connection_;
+    xcb_window_t window_;
+    std::atomic<bool> over_ = false;
+    std::thread thread_;
+};
+
+TEST(MoveWithoutManager, DoesNotWaitForAWindowThatKeepsChanging) {
+    const X11Session session(X11Session::Manager::none);
+    const TestWindow window(session, {.wmName = "T"});
+    const RestlessManager manager(session, window.id());
+    const Outcome outcome = runTool(session.environment(), {"-n", "T", "-p", "80,90"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_NE(window.rectangle().x, 80);
 }
 
 TEST(MoveWithoutManager, AllowsForTheBorder) {

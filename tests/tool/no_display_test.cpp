@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
 
 #include "tool_fixture.h"
 
@@ -36,6 +39,18 @@ class SilentServer {
     }
 
     const std::string& display() const { return display_; }
+
+    // All that the first client has sent, which has gone meanwhile.
+    std::string received() const {
+        const Descriptor client(accept(socket_.number(), nullptr, nullptr));
+        std::string all;
+        std::array<char, 256> chunk = {};
+        ssize_t got = 0;
+        while ((got = read(client.number(), chunk.data(), chunk.size())) > 0) {
+            all.append(chunk.data(), static_cast<std::size_t>(got));
+        }
+        return all;
+    }
 
   private:
     Descriptor socket_;
@@ -72,6 +87,17 @@ TEST(ToolWithoutDisplay, GivesUpOnAServerThatDoesNotAnswer) {
     const Outcome outcome = runTool(withDisplay(server.display()), {"-a"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.errors, "cvnwinfo: the X server does not answer\n");
+}
+
+// The connection to the X server must not get the number of a standard descriptor that is closed.
+TEST(ToolWithoutDisplay, SendsTheServerNoMessageThatNobodyElseCanRead) {
+    const SilentServer server(SilentServer::Behaviour::accept);
+    const Outcome outcome = runProgram({"sh", "-c", "exec \"$0\" -a 2>&-", CVNWINFO_PROGRAM},
+                                       withDisplay(server.display()));
+    EXPECT_EQ(outcome.status, 1);
+    const std::string received = server.received();
+    EXPECT_NE(received, "");
+    EXPECT_EQ(received.find("cvnwinfo"), std::string::npos);
 }
 
 TEST(ToolWithoutDisplay, RefusesAWrongCommandLine) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
+
 #include "tool_fixture.h"
 
 namespace corvane::x11test {
@@ -95,6 +98,20 @@ TEST(ReportAfterManager, IsNotMisledByWhatADeadWindowManagerLeft) {
     const TestWindow late(session, {.wmName = "Late"});
     EXPECT_EQ(reportedRectangle(session, "Early"), early.rectangle());
     EXPECT_EQ(reportedRectangle(session, "Late"), late.rectangle());
+}
+
+// A window manager that takes over unmapped windows marks them; helper windows have no mark.
+TEST(ReportWithoutManager, FindsAMinimisedWindow) {
+    const X11Session session(X11Session::Manager::none);
+    const TestWindow window(session, {.wmName = "Minimised", .mapped = false});
+    EXPECT_THROW(reportedRectangle(session, "Minimised"), std::runtime_error);
+    const X11Connection manager(session.display());
+    constexpr std::array<std::uint32_t, 2> iconic = {3, XCB_NONE};
+    const xcb_atom_t state = manager.atom("WM_STATE");
+    xcb_change_property(manager.get(), XCB_PROP_MODE_REPLACE, window.id(), state, state, 32,
+                        iconic.size(), iconic.data());
+    ASSERT_EQ(manager.property(window.id(), "WM_STATE").size(), iconic.size());
+    EXPECT_EQ(reportedRectangle(session, "Minimised"), window.rectangle());
 }
 
 TEST(ReportWithoutManager, LeavesOutTheBorder) {
