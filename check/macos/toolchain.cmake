@@ -7,17 +7,19 @@ set(CMAKE_SYSTEM_PROCESSOR "${MACOS_ARCH}")
 set(CMAKE_OSX_SYSROOT "")
 set(CMAKE_OSX_DEPLOYMENT_TARGET "")
 
+# With the oldest systems that the programs are for, which undefined_symbols.py knows as well.
 if(MACOS_ARCH STREQUAL "arm64")
-  set(target aarch64-macos)
+  set(target aarch64-macos.11.0)
 else()
-  set(target x86_64-macos)
+  set(target x86_64-macos.10.13)
 endif()
 set(CMAKE_C_COMPILER "${MACOS_ZIG}" cc -target ${target})
 set(CMAKE_CXX_COMPILER "${MACOS_ZIG}" c++ -target ${target})
 
-# What stands for the frameworks: a header, and the list of their functions for the linker.
+# What stands for the frameworks: a header, and the list of their functions for the linker. The
+# system's headers say since when each function is there.
 set(CMAKE_CXX_FLAGS_INIT
-  "-I${CMAKE_CURRENT_LIST_DIR}/include -F${CMAKE_CURRENT_LIST_DIR}/frameworks")
+  "-I${CMAKE_CURRENT_LIST_DIR}/include -F${CMAKE_CURRENT_LIST_DIR}/frameworks -Werror=unguarded-availability")
 
 # zig's ar and ranlib are subcommands of one program, which CMAKE_AR cannot express.
 foreach(language C CXX)
@@ -33,3 +35,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# Test programs are asked for their tests when these are run, not when they have been built.
+set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)

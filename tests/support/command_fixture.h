@@ -3,6 +3,7 @@
 #pragma once
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -63,7 +64,10 @@ class CommandTest : public ::testing::Test {
     CommandTest() {
         deliverSignalsOnlyInWaits();  // as the program does
         std::array<int, 2> ends{};
-        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+        for (const int end : ends) {
+            ::fcntl(end, F_SETFD, FD_CLOEXEC);
+        }
         serverEnd_ = FileDesc(ends[0]);
         clientEnd_ = FileDesc(ends[1]);
         sockaddr_in peer{};

@@ -16,6 +16,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "support/proc_files.h"
 #include "support/wait_until.h"
 
 namespace corvane::test {
@@ -23,44 +24,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string procFile(pid_t pid, const std::string& name) {
-    return readFile("/proc/" + std::to_string(pid) + "/" + name);
-}
-
-/// The fields of /proc/PID/stat from the process state on (the name before may hold anything).
-std::vector<std::string> statFields(pid_t pid) {
-    const std::string text = procFile(pid, "stat");
-    std::istringstream fields(text.substr(std::min(text.size(), text.rfind(')') + 1)));
-    return {std::istream_iterator<std::string>(fields), {}};
-}
-
-/// Names in a directory that may vanish meanwhile.
-std::vector<std::string> namesIn(const std::string& directory) {
-    std::vector<std::string> names;
-    std::error_code gone;
-    for (fs::directory_iterator i(directory, gone); i != fs::directory_iterator();
-         i.increment(gone)) {
-        names.push_back(i->path().filename());
-    }
-    return names;
-}
-
-/// Calls `visit` with the id of every process of the system.
-template <typename Visit>
-void forEachProcess(Visit visit) {
-    for (const std::string& name : namesIn("/proc")) {
-        if (name.find_first_not_of("0123456789") == std::string::npos) {
-            visit(static_cast<pid_t>(std::stol(name)));
-        }
-    }
-}
-
 /// Sanitizers report into files, so that nothing is lost with a closed standard error.
 void reportInto(const char* variable, const std::string& path) {
     const char* before = ::getenv(variable);
     const std::string value =
         (before == nullptr ? "" : std::string(before) + ":") + "log_path=" + path;
     ::setenv(variable, value.c_str(), 1);
+}
+
+/// Another build of the server than the one of this build may be under test.
+const char* serverExecutable() {
+    const char* other = ::getenv("CORVANE_SERVER_EXECUTABLE");
+    return other == nullptr ? CORVANE_EXECUTABLE : other;
 }
 
 void redirect(const std::string& path, int target) {
@@ -74,7 +49,7 @@ void redirect(const std::string& path, int target) {
 ServerProcess::ServerProcess(const Options& options) {
     directory_.directory("home");
     directory_.directory("tmp");
-    fs::create_symlink(CORVANE_EXECUTABLE, directory_ / "corvane");
+    fs::create_symlink(serverExecutable(), directory_ / "corvane");
     if (!options.ownConfiguration) {
         directory_.file("corvane.conf",
                         "PORT=0\nlog4cpp.pattern=%p %c %m%n\n" + options.configuration);
@@ -106,6 +81,9 @@ void ServerProcess::becomeServer(const Options& options) const {
     reportInto("ASAN_OPTIONS", directory_ / "sanitizer");
     reportInto("UBSAN_OPTIONS", directory_ / "sanitizer");
     static_cast<void>(::chdir(directory_.path().c_str()));
+    if (const char* rules = ::getenv("CORVANE_SERVER_PRELOAD"); rules != nullptr) {
+        ::setenv("LD_PRELOAD", rules, 1);
+    }
     options.prepare();
     const std::string program = directory_ / "corvane";
     ::execl(program.c_str(), program.c_str(), nullptr);

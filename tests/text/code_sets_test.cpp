@@ -1,12 +1,9 @@
 #include "text/code_sets.h"
 
 #include <gtest/gtest.h>
-#include <iconv.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <optional>
 #include <vector>
 
 namespace corvane::strconv {
@@ -14,63 +11,6 @@ namespace {
 
 bool sameRow(const CSENTRY& a, const CSENTRY& b) {
     return a.code == b.code && a.unicode == b.unicode;
-}
-
-// The system's own conversion, to compare with.
-class Iconv {
-  public:
-    explicit Iconv(const char* codeSet) : handle_(::iconv_open("UTF-16LE", codeSet)) {}
-    ~Iconv() {
-        if (isOpen()) {
-            ::iconv_close(handle_);
-        }
-    }
-    Iconv(const Iconv&) = delete;
-    Iconv& operator=(const Iconv&) = delete;
-    Iconv(Iconv&&) = delete;
-    Iconv& operator=(Iconv&&) = delete;
-
-    // Failure is the pointer value -1.
-    bool isOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
-
-    /// Nothing for a byte that the code set leaves undefined.
-    std::optional<int> unicodeOf(int byte) const {
-        char in = static_cast<char>(byte);
-        std::array<unsigned char, 2> out{};
-        char* from = &in;
-        char* to = reinterpret_cast<char*>(out.data());
-        std::size_t fromSize = 1;
-        std::size_t toSize = out.size();
-        const bool defined = ::iconv(handle_, &from, &fromSize, &to, &toSize) == 0;
-        return defined ? std::optional<int>(out[0] | out[1] << 8) : std::nullopt;
-    }
-
-  private:
-    iconv_t handle_;
-};
-
-int unicodeIn(const CSTABLE& table, int byte) {
-    const auto row = std::find_if(table.begin(), table.end(),
-                                  [byte](const CSENTRY& entry) { return entry.code == byte; });
-    return row == table.end() ? byte : row->unicode;
-}
-
-TEST(CodeSets, AgreeWithTheSystemOnEveryDefinedByte) {
-    const std::array<const char*, 4> names{"ISO-8859-1", "ISO-8859-2", "CP1250", "CP1252"};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const Iconv system(names[i]);
-        if (!system.isOpen()) {
-            GTEST_SKIP() << "this system does not know " << names[i];
-        }
-        int defined = 0;
-        for (int byte = 0; byte < 256; ++byte) {
-            if (const std::optional<int> unicode = system.unicodeOf(byte); unicode) {
-                EXPECT_EQ(unicodeIn(TABLES_BY_CODE[i], byte), *unicode) << names[i] << " " << byte;
-                ++defined;
-            }
-        }
-        EXPECT_GE(defined, 251);  // Windows-1250 and Windows-1252 leave five bytes undefined
-    }
 }
 
 TEST(CodeSets, HaveTheirNumbersOfRows) {
