@@ -11,7 +11,6 @@
 #include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
 #include "fileutil/tree_walk.h"
-#include "platform/guarded_open.h"
 #include "platform/waiting.h"
 #include "text/exception.h"
 #include "text/strconv.h"
@@ -99,20 +98,18 @@ class TreeCopier {
     const CopyOptions& options_;
 };
 
-// A target directory that cannot be opened makes the first entry fail that would go into it.
-void failAtFirstEntry(int src, const std::string& srcDir, const std::string& dstDir,
-                      const CopyOptions& options, int error) {
+// Reaches the entries of a target directory by their paths where it cannot be opened: older systems
+// want it to be readable for that, which nobody needs to write into it. One that cannot be used at
+// all makes the first entry fail that would go into it.
+void copyByPath(int src, const std::string& srcDir, const std::string& dstDir,
+                const CopyOptions& options) {
     for (const DirectoryEntry& entry : readEntries(src, srcDir)) {
+        const FilePlace target = placeOf(dstDir + entry.name);
         if (entry.directory && options.recursive) {
-            throw makeDirectoryError(dstDir + entry.name, error);
-        }
-        if (!entry.directory && options.isAllowed(entry.name)) {
-            // The source is opened first.
-            if (openGuarded(src, entry.name, O_RDONLY).fd == -1) {
-                const int sourceError = errno;
-                throw fileError("open src", srcDir + entry.name, sourceError);
-            }
-            throw fileError("open dst", dstDir + entry.name, error);
+            makeDirectoryAt(target);
+            copyDirectory(srcDir + entry.name, target.path, &options);
+        } else if (!entry.directory && options.isAllowed(entry.name)) {
+            copyFileToOrInto({src, entry.name, srcDir + entry.name}, target);
         }
     }
 }
@@ -131,10 +128,13 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
     // With an empty target the names are relative to the current directory.
     FileDesc to = openDirectory(dstDir.empty() ? DIR_THIS : strconv::utf82acs(dstDir),
                                 DirectoryAccess::Search);
-    if (to == -1) {
-        failAtFirstEntry(from, srcDir, dstDir, chosen, errno);
-    } else if (chosen.recursive && isBelow(to, from)) {
+    const bool isHidden = to == -1 && errno == EACCES;
+    if (chosen.recursive &&
+        (isHidden ? liesWithin(dstDir, srcDir) : to != -1 && isBelow(to, from))) {
         throw copyIntoItselfError(srcDir, dstDir);
+    }
+    if (to == -1) {
+        copyByPath(from, srcDir, dstDir, chosen);
     } else {
         TreeCopier copier(std::move(from), srcDir, std::move(to), dstDir, chosen);
         walkTree(copier);

@@ -3,14 +3,13 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <log4cpp/Category.hh>
 #include <utility>
 
 #include "fileutil/paths.h"
+#include "platform/system.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
@@ -39,13 +38,7 @@ mode_t getFileMode(const std::string& path) {
 bool isDirectory(const std::string& path) { return S_ISDIR(getFileMode(path)); }
 
 std::string getCurrentDirectory() {
-    std::array<char, currentDirectorySize>
-        buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-    if (::getcwd(buffer.data(), buffer.size()) == nullptr) {
-        return "";
-    }
-    std::string path(buffer.data(), std::strlen(buffer.data()) + 1);
-    path.pop_back();  // the zero byte has made room for the slash, in the same allocation
+    std::string path = platform::currentDirectory(currentDirectorySize);
     return correctDirectoryPath(strconv::acs2utf8(std::move(path)));
 }
 
@@ -56,17 +49,7 @@ void initStartupDirectory() { startupDirectory = getCurrentDirectory(); }
 int changeCurrentDirectory(const char* path) { return ::chdir(path) == 0 ? 0 : errno; }
 
 // The directory that tempnam(3) would choose for a file; no name is made, and so nothing can race.
-std::string getTempDirectory() {
-    for (const char* directory : {static_cast<const char*>(std::getenv("TMPDIR")), "/tmp"}) {
-        struct stat info {};
-        if (directory != nullptr && ::stat(directory, &info) == 0 && S_ISDIR(info.st_mode)) {
-            std::string path = fromSystem(directory);
-            path.erase(path.find_last_not_of(SEPARATOR_DIR) + 1);
-            return path + SEPARATOR_DIR;
-        }
-    }
-    return "";
-}
+std::string getTempDirectory() { return strconv::acs2utf8(platform::temporaryDirectory()); }
 
 std::string getUserDirectory() {
     for (const char* name : {"HOME", "USERPROFILE", "TEMP", "TMP"}) {

@@ -58,8 +58,9 @@ void initStartupDirectory();
 /// Returns 0, or the error number of chdir(2).
 int changeCurrentDirectory(const char* path);
 
-/// The directory for temporary files, with a trailing "/": TMPDIR when it names one, else
-/// "/tmp".
+/// The directory for temporary files, with a trailing "/", as the C library chooses it: on Linux
+/// TMPDIR when it names a directory, else "/tmp"; on macOS the first that may be written to of
+/// "/tmp", "/var/tmp", TMPDIR.
 std::string getTempDirectory();
 /// The first of HOME, USERPROFILE, TEMP and TMP that is set, as it is; empty when none is.
 std::string getUserDirectory();

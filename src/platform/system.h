@@ -7,12 +7,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace corvane::platform {
 
 /// Accepts one connection without waiting. The new socket is non-blocking, close-on-exec and raises
-/// no SIGPIPE. Returns the descriptor and fills `peer`, or -1 with errno as by accept(2). The family
-/// of a peer that the system has forgotten, after a reset, is AF_UNSPEC.
+/// no SIGPIPE. Returns the descriptor and fills `peer`, or -1 with errno as by accept(2). The
+/// family of a peer that the system has forgotten, after a reset, is AF_UNSPEC.
 int acceptConnection(int listener, sockaddr_in& peer);
 
 /// Makes the connections of a listener spend as little as possible on the control of congestion,
@@ -47,6 +48,14 @@ void returnFreedMemory();
 
 /// The open(2) flag for a directory whose entries are only reached by name.
 int searchFlag();
+
+/// The working directory; empty when it is gone, or longer than fits into `room` bytes with a zero
+/// byte at the end. It needs no free descriptor once it has succeeded.
+std::string currentDirectory(std::size_t room);
+
+/// The directory of the names that the system's tempnam(3) makes when it is asked for names in
+/// "/tmp", with the separator at its end; empty when it would make none.
+std::string temporaryDirectory();
 
 /// The names that the system's tmpnam(3) gives to temporary files, as a template of mkstemps(3).
 extern const char* const temporaryNamePattern;

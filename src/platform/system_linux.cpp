@@ -2,11 +2,14 @@
 #include <malloc.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "platform/system.h"
@@ -58,6 +61,26 @@ void keepFreedMemory() {
 void returnFreedMemory() { static_cast<void>(::malloc_trim(0)); }
 
 int searchFlag() { return O_PATH; }
+
+std::string currentDirectory(std::size_t room) {
+    std::string path(room, '\0');
+    path.resize(::getcwd(path.data(), path.size()) == nullptr ? 0 : std::strlen(path.data()));
+    return path;
+}
+
+std::string temporaryDirectory() {
+    for (const char* directory : {static_cast<const char*>(std::getenv("TMPDIR")), "/tmp"}) {
+        struct stat info {};
+        if (directory != nullptr && ::stat(directory, &info) == 0 && S_ISDIR(info.st_mode)) {
+            std::string path = directory;
+            while (path.size() > 1 && path.back() == '/') {  // "/" itself gets another one
+                path.pop_back();
+            }
+            return path + '/';
+        }
+    }
+    return "";
+}
 
 const char* const temporaryNamePattern = "/tmp/fileXXXXXX";
 

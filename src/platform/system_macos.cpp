@@ -1,11 +1,17 @@
 #include <fcntl.h>
 #include <malloc/malloc.h>
+#include <sys/param.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <cstdlib>
+#include <string_view>
 
+#include "platform/file_desc.h"
 #include "platform/system.h"
 
 namespace corvane::platform {
@@ -66,6 +72,39 @@ void returnFreedMemory() { static_cast<void>(::malloc_zone_pressure_relief(nullp
 // O_SEARCH: O_EXEC, which the headers of SDKs before macOS 13 do not name, and O_DIRECTORY (xnu
 // bsd/sys/fcntl.h). Older kernels do not heed the first, so that reading must be permitted there.
 int searchFlag() { return 0x4000'0000 | O_DIRECTORY; }
+
+std::string currentDirectory(std::size_t room) {
+    // getcwd(3) opens "." itself; the directory stays open for when no descriptor is free.
+    static FileDesc kept;
+    struct stat here {};
+    struct stat known {};
+    if (::stat(".", &here) != 0) {
+        return "";
+    }
+    if (kept == -1 || ::fstat(kept, &known) != 0 || known.st_dev != here.st_dev ||
+        known.st_ino != here.st_ino) {
+        kept = FileDesc(::open(".", O_EVTONLY | O_CLOEXEC));
+    }
+    std::array<char, MAXPATHLEN> path{};
+    if (::getcwd(path.data(), path.size()) == nullptr &&
+        ((errno != EMFILE && errno != ENFILE) || kept == -1 ||
+         ::fcntl(kept, F_GETPATH, path.data()) == -1)) {
+        return "";
+    }
+    const std::string_view found = path.data();
+    return found.size() < room ? std::string(found) : "";
+}
+
+std::string temporaryDirectory() {
+    const char* const fromEnvironment = ::issetugid() == 0 ? std::getenv("TMPDIR") : nullptr;
+    for (const char* directory : {"/tmp/", "/var/tmp/", fromEnvironment, "/tmp/"}) {
+        if (directory != nullptr && ::access(directory, W_OK) == 0) {
+            const std::string path = directory;
+            return path.back() == '/' ? path : path + '/';
+        }
+    }
+    return "";
+}
 
 // The number counts the calls of tmpnam(3) in a process; the random letters are enough here.
 const char* const temporaryNamePattern = "/var/tmp/tmp.0.XXXXXX";

@@ -11,10 +11,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include "platform/file_desc.h"
 #include "platform/system.h"
+#include "support/environment.h"
 #include "support/sanitized.h"
 #include "support/scratch_directory.h"
 #include "support/signal_action.h"
@@ -143,6 +145,37 @@ TEST(FreedMemory, StaysWithTheProcessUntilItIsReturned) {
     EXPECT_GT(residentMemory(), before + size / 2);
     platform::returnFreedMemory();
     EXPECT_LT(residentMemory(), before + size / 2);
+}
+
+/// The directory that tempnam(3) of the GNU library takes.
+class TemporaryDirectory : public testing::Test {
+  protected:
+    static std::string with(const std::optional<std::string>& variable) {
+        const test::EnvironmentVariable set("TMPDIR", variable);
+        return platform::temporaryDirectory();
+    }
+
+    test::ScratchDirectory scratch;
+};
+
+TEST_F(TemporaryDirectory, IsTheOneOfTheEnvironmentWithOneSeparatorAtItsEnd) {
+    const std::string directory = scratch.directory("t");
+    for (const char* end : {"", "/", "//"}) {
+        EXPECT_EQ(with(directory + end), directory + "/");
+    }
+}
+
+TEST_F(TemporaryDirectory, HasAnotherSeparatorWhenItIsTheRoot) {
+    EXPECT_EQ(with("/"), "//");
+    EXPECT_EQ(with("//"), "//");
+}
+
+TEST_F(TemporaryDirectory, IsTheCommonOneWhenTheEnvironmentNamesNone) {
+    for (const std::optional<std::string>& value :
+         {std::optional<std::string>(), std::optional<std::string>(""),
+          std::optional(scratch / "missing"), std::optional(scratch.file("f"))}) {
+        EXPECT_EQ(with(value), "/tmp/") << value.value_or("(unset)");
+    }
 }
 
 }  // namespace

@@ -1,19 +1,25 @@
-// Directories of which the system cannot tell all entries. Linux only: elsewhere the C library's
-// function cannot be replaced by name.
+// Directories that cannot be opened, or of which the system cannot tell all entries. Linux only:
+// elsewhere the C library's function cannot be replaced by name.
 #include <dirent.h>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <filesystem>
 
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
 #include "support/scratch_directory.h"
 #include "support/thrown.h"
+#include "support/tree.h"
 
 namespace corvane {
 namespace {
+
+/// A directory that cannot be opened, as on a system that wants it to be readable for that.
+std::string closedDirectory;
 
 /// The entries that the next directories show before an error; negative for all.
 int entriesLeft = -1;
@@ -21,7 +27,20 @@ int entriesLeft = -1;
 }  // namespace
 }  // namespace corvane
 
-// Takes the place of the C library's function in this program.
+// These take the place of the C library's functions in this program.
+extern "C" int open(const char* path, int flags, ...) {
+    static const auto next = reinterpret_cast<decltype(&open)>(::dlsym(RTLD_NEXT, "open"));
+    if (!corvane::closedDirectory.empty() && path == corvane::closedDirectory) {
+        errno = EACCES;
+        return -1;
+    }
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return next(path, flags, mode);
+}
+
 extern "C" dirent* readdir(DIR* directory) {
     static const auto next = reinterpret_cast<decltype(&readdir)>(::dlsym(RTLD_NEXT, "readdir"));
     if (corvane::entriesLeft == 0) {
@@ -75,6 +94,28 @@ TEST_F(UnreadableRest, EndsACopyAndARemoval) {
     EXPECT_EQ(thrownAfter(3, [&] { removeDirectory(scratch / "d", true); }), message);
     EXPECT_TRUE(std::filesystem::exists(scratch / "d/a"));
     EXPECT_TRUE(std::filesystem::exists(scratch / "d/b"));
+}
+
+class ClosedDirectory : public testing::Test {
+  protected:
+    ClosedDirectory() { closedDirectory = scratch.directory("dst") + "/"; }
+    ~ClosedDirectory() override { closedDirectory.clear(); }
+
+    test::ScratchDirectory scratch;
+};
+
+TEST_F(ClosedDirectory, IsCopiedIntoByThePathsOfItsEntries) {
+    scratch.file("src/a", "1");
+    scratch.file("src/sub/deep/b", "2");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(test::treeAt(scratch / "dst"), test::treeAt(scratch / "src"));
+}
+
+TEST_F(ClosedDirectory, IsNotCopiedIntoFromAbove) {
+    EXPECT_EQ(test::thrownBy([&] { copyDirectory(scratch.path(), scratch / "dst", nullptr); }),
+              "cannot copy directory '" + scratch.path() + "' into itself as '" +
+                  (scratch / "dst/") + "' (22)");
+    EXPECT_TRUE(std::filesystem::is_empty(scratch / "dst"));
 }
 
 }  // namespace
