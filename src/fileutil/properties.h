@@ -62,6 +62,7 @@ class OrderedMap : public Map {
     typename Entries::iterator last_ = entries_.end();
 };
 
+/// MapCS is a provided interface: the program itself has no store whose keys keep their case apart.
 using MapCS = OrderedMap<std::less<std::string>>;
 using MapCI = OrderedMap<less_string_ci>;
 
@@ -97,6 +98,7 @@ class Properties {
     int getInt(const std::string& key, int def) const;
     bool getBool(const std::string& key, bool def) const;
 
+    /// These store text; a provided interface that the program itself does not call.
     void setInt(const std::string& key, int value);
     void setBool(const std::string& key, bool value);
 

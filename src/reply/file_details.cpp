@@ -71,7 +71,7 @@ class Order {
     static constexpr int highestKind = 4;
 
     void add(const FileInfo& file, std::uint32_t index) {
-        static const LexKeys keys(lex_icoll);
+        static const SortKeyEncoder keys(lex_icoll);
         const std::size_t start = bytes_.size();
         bytes_.push_back(static_cast<char>(highestKind - knownKind(file.type)));
         keys.append(file.name, bytes_);

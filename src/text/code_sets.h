@@ -1,5 +1,6 @@
 // The single-byte code sets that text/strconv.h converts, as tables of byte code and Unicode value.
-// A byte without a row stands for the Unicode value of the same number.
+// A byte without a row stands for the Unicode value of the same number. A provided interface: the
+// program itself stays with UTF-8 on the supported systems.
 #pragma once
 
 #include <array>

@@ -75,14 +75,14 @@ std::uint32_t lex_icoll(wchar_t c) {
                           : (static_cast<std::uint32_t>(c) | CASE_BIT) << 8;
 }
 
-int lex_strcmp_coll(const char* a, const char* b, LexKey key) {
+int lex_strcmp_coll(const char* a, const char* b, LexOrder key) {
     if (a == nullptr || b == nullptr) {
         return (a != nullptr ? 1 : 0) - (b != nullptr ? 1 : 0);
     }
     return lex_strcmp_coll(std::string_view(a), std::string_view(b), key);
 }
 
-int lex_strcmp_coll(std::string_view a, std::string_view b, LexKey key) {
+int lex_strcmp_coll(std::string_view a, std::string_view b, LexOrder key) {
     for (;;) {
         wchar_t charOfA = 0;
         wchar_t charOfB = 0;
@@ -109,7 +109,7 @@ int lex_stricmp(std::string_view a, std::string_view b) { return lex_strcmp_coll
 
 // The place of an ASCII character becomes one odd byte, its rank among all of them. Any other place
 // becomes the even byte between its neighbours, followed by the place itself.
-LexKeys::LexKeys(LexKey key) : key_(key) {
+SortKeyEncoder::SortKeyEncoder(LexOrder key) : key_(key) {
     constexpr std::size_t ranks = 127;  // so that every byte, twice the rank and one, fits
     for (std::size_t c = 0; c < ascii_.size(); ++c) {
         places_.push_back(key(static_cast<wchar_t>(c)));
@@ -124,7 +124,7 @@ LexKeys::LexKeys(LexKey key) : key_(key) {
     }
 }
 
-void LexKeys::append(std::string_view text, std::string& bytes) const {
+void SortKeyEncoder::append(std::string_view text, std::string& bytes) const {
     wchar_t c = 0;
     appendAscii(text, bytes);
     while (nextCharacter(text, c)) {
@@ -134,7 +134,7 @@ void LexKeys::append(std::string_view text, std::string& bytes) const {
 }
 
 // Takes the ASCII characters that a text begins with off it.
-void LexKeys::appendAscii(std::string_view& text, std::string& bytes) const {
+void SortKeyEncoder::appendAscii(std::string_view& text, std::string& bytes) const {
     const auto byteOf = [this](char c) {
         const auto number = static_cast<unsigned char>(c);
         return number < ascii_.size() ? static_cast<char>(ascii_[number]) : '\0';
@@ -148,7 +148,7 @@ void LexKeys::appendAscii(std::string_view& text, std::string& bytes) const {
     text.remove_prefix(count);
 }
 
-void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) const {
+void SortKeyEncoder::appendPlace(std::uint32_t place, std::string& bytes) const {
     const auto next = std::lower_bound(places_.begin(), places_.end(), place);
     const auto rank = 2 * (next - places_.begin());
     if (next != places_.end() && *next == place) {
@@ -159,9 +159,9 @@ void LexKeys::appendPlace(std::uint32_t place, std::string& bytes) const {
     }
 }
 
-std::string lexKey(std::string_view text, LexKey key) {
+std::string sortKey(std::string_view text, LexOrder key) {
     std::string bytes;
-    LexKeys(key).append(text, bytes);
+    SortKeyEncoder(key).append(text, bytes);
     return bytes;
 }
 

@@ -14,8 +14,7 @@ class MemoryStreamBuf : public std::streambuf {
     /// The bytes must stay until the buffer is read no more.
     void show(std::string_view text) {
         // The get area is never written to; std::streambuf only has no constant form of it.
-        char* begin =
-            const_cast<char*>(text.data());  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+        char* begin = const_cast<char*>(text.data());
         setg(begin, begin, begin + text.size());
     }
 

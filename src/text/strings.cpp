@@ -43,7 +43,7 @@ std::string format(const char* fmt, ...) {
 }
 
 std::string formatvl(const char* fmt, va_list args) {
-    std::array<char, FIRST_BUFFER> first;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<char, FIRST_BUFFER> first;
     int length = formatInto(first.data(), first.size(), fmt, args);
     if (length >= 0 && static_cast<std::size_t>(length) < first.size()) {
         return first.data();

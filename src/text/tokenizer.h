@@ -7,6 +7,7 @@
 
 namespace corvane {
 
+/// A provided interface; the program itself does not use it.
 class StringTokenizer {
   public:
     StringTokenizer() = default;

@@ -15,23 +15,23 @@ using Texts = std::array<std::string, 3>;
 int sign(int value) { return (value > 0 ? 1 : 0) - (value < 0 ? 1 : 0); }
 
 // All three ways to compare, which have to agree.
-int compare(const std::string& a, const std::string& b, LexKey key) {
+int compare(const std::string& a, const std::string& b, LexOrder key) {
     const int order = lex_strcmp_coll(std::string_view(a), std::string_view(b), key);
     fuzz::require(order == sign(order), "a comparison gives -1, 0 or 1");
     fuzz::require(order == lex_strcmp_coll(a.c_str(), b.c_str(), key),
                   "texts without a zero compare as characters and as views");
-    fuzz::require(order == sign(lexKey(a, key).compare(lexKey(b, key))),
+    fuzz::require(order == sign(sortKey(a, key).compare(sortKey(b, key))),
                   "keys sort like the texts");
     return order;
 }
 
-void checkPair(const std::string& a, const std::string& b, LexKey key) {
+void checkPair(const std::string& a, const std::string& b, LexOrder key) {
     fuzz::require(compare(a, a, key) == 0, "a text equals itself");
     fuzz::require(compare(a, b, key) == -compare(b, a, key), "exchanged texts, exchanged result");
 }
 
 // One of a < b < c, a == b == c or a mixture that must stay so for the outer two.
-void checkTriple(const Texts& t, LexKey key) {
+void checkTriple(const Texts& t, LexOrder key) {
     const int first = compare(t[0], t[1], key);
     const int second = compare(t[1], t[2], key);
     const int outer = compare(t[0], t[2], key);
@@ -62,7 +62,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         text = input.field('\n');
     }
     std::sort(texts.begin(), texts.end());
-    for (const LexKey key : {lex_coll, lex_icoll}) {
+    for (const LexOrder key : {lex_coll, lex_icoll}) {
         do {
             checkPair(texts[0], texts[1], key);
             checkTriple(texts, key);

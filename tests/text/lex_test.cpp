@@ -117,10 +117,12 @@ TEST(LexStrcmpColl, SkipsUndecodableBytes) {
 }
 
 TEST(LexStrcmpColl, UsesTheKeyItIsGiven) {
-    const LexKey backwards = [](wchar_t c) { return 0xFFFFFFFFU - static_cast<std::uint32_t>(c); };
+    const LexOrder backwards = [](wchar_t c) {
+        return 0xFFFFFFFFU - static_cast<std::uint32_t>(c);
+    };
     EXPECT_EQ(lex_strcmp_coll("a", "b", backwards), 1);
     EXPECT_EQ(lex_strcmp_coll("a", "ab", backwards), -1);
-    EXPECT_GT(lexKey("a", backwards), lexKey("b", backwards));
+    EXPECT_GT(sortKey("a", backwards), sortKey("b", backwards));
 }
 
 TEST(LexStrcmpColl, IsAStrictWeakOrderOfAnyBytes) {
@@ -138,26 +140,26 @@ TEST(LexStrcmpColl, IsAStrictWeakOrderOfAnyBytes) {
     }
 }
 
-TEST(LexKey, OrdersLikeTheComparison) {
+TEST(SortKey, OrdersLikeTheComparison) {
     std::seed_seq seed{3};
     std::mt19937 random(seed);
     for (int i = 0; i < rounds; ++i) {
         const std::string a = randomText(random);
         const std::string b = randomText(random);
-        ASSERT_EQ(sign(lexKey(a, lex_icoll), lexKey(b, lex_icoll)), lex_stricmp(a, b));
-        ASSERT_EQ(sign(lexKey(a, lex_coll), lexKey(b, lex_coll)), lex_strcmp(a, b));
+        ASSERT_EQ(sign(sortKey(a, lex_icoll), sortKey(b, lex_icoll)), lex_stricmp(a, b));
+        ASSERT_EQ(sign(sortKey(a, lex_coll), sortKey(b, lex_coll)), lex_strcmp(a, b));
     }
 }
 
-TEST(LexKey, OrdersKeysOfEverySize) {
-    const LexKey wide = [](wchar_t c) {
+TEST(SortKey, OrdersKeysOfEverySize) {
+    const LexOrder wide = [](wchar_t c) {
         static constexpr std::uint32_t KEYS[] = {0,      1,       0xFF,     0x100,     0x7FFF,
                                                  0x8000, 0x10000, 0xFFFFFF, 0x1000000, 0xFFFFFFFF};
         return c >= L'0' && c <= L'9' ? KEYS[c - L'0'] : 0;  // asked for every ASCII character
     };
     for (char c = '1'; c <= '9'; ++c) {
-        EXPECT_LT(lexKey(std::string(1, static_cast<char>(c - 1)), wide),
-                  lexKey(std::string(1, c), wide));
+        EXPECT_LT(sortKey(std::string(1, static_cast<char>(c - 1)), wide),
+                  sortKey(std::string(1, c), wide));
     }
 }
 
