@@ -1,4 +1,3 @@
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,11 +7,11 @@
 #include <chrono>
 #include <cstdlib>
 #include <log4cpp/Category.hh>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/child.h"
 #include "platform/opener.h"
 #include "platform/process.h"
 #include "text/exception.h"
@@ -20,8 +19,6 @@
 
 namespace corvane {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 // An opener that still runs after this time has taken the job.
 constexpr std::chrono::milliseconds patience{1000};
@@ -69,50 +66,24 @@ bool isAddress(std::string_view text) {
     });
 }
 
-// Keeps child signals pending while they are waited for, and has the server look for other children
-// that ended meanwhile.
-class ChildSignalHold {
-  public:
-    ChildSignalHold() {
-        ::sigemptyset(&set_);
-        ::sigaddset(&set_, SIGCHLD);
-        ::sigprocmask(SIG_BLOCK, &set_, &previous_);
+// The exit status of an opener (128 + signal when it was killed); 0 as long as it runs.
+int statusOf(const Child& opener) {
+    if (!opener.status() || opener.waitError() != 0) {
+        return 0;
     }
-    ~ChildSignalHold() {
-        static_cast<void>(::raise(SIGCHLD));
-        ::sigprocmask(SIG_SETMASK, &previous_, nullptr);
-    }
-    ChildSignalHold(const ChildSignalHold&) = delete;
-    ChildSignalHold& operator=(const ChildSignalHold&) = delete;
-    ChildSignalHold(ChildSignalHold&&) = delete;
-    ChildSignalHold& operator=(ChildSignalHold&&) = delete;
+    const int status = *opener.status();
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
 
-    /// Returns at the next child signal or after `limit`.
-    void wait(std::chrono::nanoseconds limit) const {
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
-        const timespec timeout{seconds.count(), (limit - seconds).count()};
-        ::sigtimedwait(&set_, nullptr, &timeout);
-    }
-
-  private:
-    sigset_t set_{};
-    sigset_t previous_{};
-};
-
-// The exit status of a child that ends within the patience (128 + signal when it was killed).
-std::optional<int> statusWithin(const ChildSignalHold& hold, pid_t pid) {
-    const auto deadline = Clock::now() + patience;
-    while (true) {
-        int status = 0;
-        const pid_t ended = ::waitpid(pid, &status, WNOHANG);
-        if (ended == pid) {
-            return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        }
-        const auto left = deadline - Clock::now();
-        if (ended == -1 || left <= std::chrono::nanoseconds::zero()) {
-            return std::nullopt;
-        }
-        hold.wait(left);
+int runOpener(const std::vector<std::string>& command) {
+    try {
+        Child opener(Child::Capture::Nothing, Child::Group::Shared,
+                     [&command] { becomeProgram(command, StandardStreams::NullDevice); });
+        opener.waitFor(std::chrono::steady_clock::now() + patience);
+        opener.leave();
+        return statusOf(opener);
+    } catch (const IOException&) {  // no process can be started
+        return statusCannotExecute;
     }
 }
 
@@ -129,12 +100,8 @@ void openAddress(const std::string& target) {
                                  target.c_str()),
                           ENOENT);
     }
-    const ChildSignalHold hold;
-    const pid_t pid = startProgram(command, StandardStreams::NullDevice);
-    const std::optional<int> status =
-        pid == -1 ? std::optional<int>(statusCannotExecute) : statusWithin(hold, pid);
-    if (status.value_or(0) != 0) {
-        throw IOException(format("LSOpenCFURLRef error for file '%s'", target.c_str()), *status);
+    if (const int status = runOpener(command); status != 0) {
+        throw IOException(format("LSOpenCFURLRef error for file '%s'", target.c_str()), status);
     }
 }
 

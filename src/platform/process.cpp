@@ -10,6 +10,7 @@
 
 #include "platform/descriptor_limit.h"
 #include "platform/system.h"
+#include "platform/waiting.h"
 
 namespace corvane {
 namespace {
@@ -38,24 +39,34 @@ void resetSignals() {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-pid_t startProgram(const std::vector<std::string>& arguments, StandardStreams streams) {
+void becomeProgram(const std::vector<std::string>& arguments, StandardStreams streams) {
     std::array<char*, maxArguments + 2> argv{};
     const std::size_t count = std::min(arguments.size(), maxArguments + 1);
     for (std::size_t i = 0; i < count; ++i) {
         argv[i] = const_cast<char*>(arguments[i].c_str());  // NOLINT: execvp does not write to it
     }
-    const pid_t pid = ::fork();
-    if (pid != 0) {
-        return pid;
+    if (streams == StandardStreams::OutputOnly) {
+        closeAll(STDERR_FILENO);
+        ::close(STDIN_FILENO);
+    } else {
+        closeAll(STDIN_FILENO);
     }
-    closeAll(0);
-    if (streams == StandardStreams::NullDevice) {
+    if (streams != StandardStreams::Closed) {
         openNullDevice();
     }
     resetSignals();
     restoreDescriptorLimit();
     ::execvp(argv[0], argv.data());
     ::_exit(255);
+}
+
+pid_t startProgram(const std::vector<std::string>& arguments, StandardStreams streams) {
+    prepareToWait();
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        becomeProgram(arguments, streams);
+    }
+    return pid;
 }
 
 }  // namespace corvane

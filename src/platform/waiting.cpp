@@ -26,9 +26,15 @@ void (*actionBeforeWaits)() noexcept = []() noexcept {};
 
 constexpr std::initializer_list<int> signalNumbers = {SIGTERM, SIGINT, SIGCHLD};
 
-// The signal mask for the inside of a wait; null, which leaves the mask alone, as long as signals
-// are not held.
-const sigset_t* waitMask() { return signalsHeld ? &insideWaits : nullptr; }
+// The signal mask for the inside of a wait. The end of a child ends a wait also where signals are
+// not held: whoever waits for a child blocks its signal outside.
+sigset_t waitMask(sigset_t outside) {
+    if (signalsHeld) {
+        return insideWaits;
+    }
+    sigdelset(&outside, SIGCHLD);
+    return outside;
+}
 
 // Where there is no event queue: pselect does not let signals in when a socket is ready at once, as
 // under steady load; asking for them before every wait would cost a system call a request.
@@ -130,14 +136,15 @@ int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline&
         const auto whole = duration_cast<seconds>(left);
         timeout = {static_cast<time_t>(whole.count()), static_cast<long>((left - whole).count())};
     }
+    sigset_t outside;
+    ::sigprocmask(SIG_SETMASK, nullptr, &outside);
+    const sigset_t inside = waitMask(outside);
     const int ready =
-        ::pselect(nfds, readable, writable, nullptr, deadline ? &timeout : nullptr, waitMask());
-    if (signalsHeld) {
-        // On BSD kernels the mask of the wait can stay in force after it.
-        const int error = errno;
-        ::sigprocmask(SIG_BLOCK, &heldSignals(), nullptr);
-        errno = error;
-    }
+        ::pselect(nfds, readable, writable, nullptr, deadline ? &timeout : nullptr, &inside);
+    // On BSD kernels the mask of the wait can stay in force after it.
+    const int error = errno;
+    ::sigprocmask(SIG_SETMASK, &outside, nullptr);
+    errno = error;
     return ready;
 }
 

@@ -12,10 +12,11 @@
 
 namespace corvane {
 
-/// Sets what is done before every wait of this module: the log writes its pending lines there.
+/// Sets what is done before every wait and before every fork: the log writes its pending lines
+/// there.
 void beforeEveryWait(void (*action)() noexcept);
 
-/// Does it; for waits that are none of this module's.
+/// Does it; for waits that are none of this module's, and for forks.
 void prepareToWait();
 
 /// Blocks the three signals from now on, except inside the waits of this module and after one of

@@ -1,4 +1,6 @@
 // Running the window tool, with tools of every kind of bad behaviour.
+#include "support/tool_run.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -14,42 +16,14 @@
 
 #include "commands/wndutil.h"
 #include "support/child_reports.h"
-#include "support/resource_limit.h"
 #include "support/signal_action.h"
 #include "support/thrown.h"
-#include "support/window_tool.h"
 
 namespace corvane {
 namespace {
 
 using test::thrownBy;
-
-class ToolRun : public test::WindowToolTest {
-  protected:
-    ~ToolRun() override { wndutil::setToolTimeout(0); }
-
-    std::string run(std::vector<std::string> extra = {}) {
-        extra.insert(extra.begin(), toolPath);
-        std::vector<char*> argv(extra.size() + 1);
-        std::transform(extra.begin(), extra.end(), argv.begin(),
-                       [](std::string& argument) { return argument.data(); });
-        return wndutil::execute(toolPath.c_str(), argv.data());
-    }
-    std::string runFailing() {
-        return thrownBy([this] { run(); });
-    }
-    // Runs `work` in a child process and returns whether it returned true there.
-    template <typename Work>
-    static bool inChild(Work work) {
-        const pid_t pid = ::fork();
-        if (pid == 0) {
-            ::_exit(work() ? 0 : 1);
-        }
-        int status = -1;
-        ::waitpid(pid, &status, 0);
-        return status == 0;
-    }
-};
+using test::ToolRun;
 
 TEST_F(ToolRun, ReturnsTheOutputAndLogsBothSteps) {
     tool("printf '1,2\\n'");
@@ -130,14 +104,6 @@ TEST_F(ToolRun, DoesNotSearchThePath) {
     EXPECT_EQ(runFailing(), "Program error: <execv() fail err 2> [sh]) (2)");
 }
 
-TEST_F(ToolRun, ReadsMoreThanAPipeHolds) {
-    tool("head -c 1048576 /dev/zero | tr '\\0' o\nhead -c 1048576 /dev/zero | tr '\\0' e >&2");
-    EXPECT_TRUE(run() == std::string(1048576, 'o'));
-    tool("head -c 1048576 /dev/zero | tr '\\0' e >&2\nhead -c 1048576 /dev/zero\nexit 1");
-    EXPECT_TRUE(runFailing() ==
-                "Program error: <" + std::string(1048576, 'e') + "> [" + toolPath + "]) (1)");
-}
-
 TEST_F(ToolRun, ReadsATextThatIsWrittenInPieces) {
     tool("printf a; printf b; printf c; exec printf d");
     EXPECT_EQ(run(), "abcd");
@@ -154,49 +120,6 @@ TEST_F(ToolRun, ReadsWhatABackgroundProcessWritesAfterTheEnd) {
     std::string text = run();
     std::sort(text.begin(), text.end());
     EXPECT_EQ(text, "aaeellrty");
-}
-
-TEST_F(ToolRun, WaitsForABackgroundProcessOnlyUntilTheTimeout) {
-    tool("read line < '" + silentPipe() + "' &\nprintf early");
-    wndutil::setToolTimeout(1);
-    EXPECT_EQ(run(), "early");
-    test::writeFile(scratch / "silent", "go\n");
-}
-
-TEST_F(ToolRun, KillsAToolThatHangsAtTheTimeout) {
-    tool("printf 'so far' >&2\nread line < '" + silentPipe() + "'");
-    wndutil::setToolTimeout(1);
-    EXPECT_EQ(runFailing(),
-              "Program has exited in unusual way (9) with message: <so far> [" + toolPath + "])");
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
-    EXPECT_EQ(errno, ECHILD);
-}
-
-TEST_F(ToolRun, KillsAToolThatHangsWhenTheProgramHasToStop) {
-    tool("printf 'so far' >&2\nread line < '" + silentPipe() + "'");
-    EXPECT_TRUE(inChild([this] {
-        requestStop();
-        return runFailing() ==
-               "Program has exited in unusual way (9) with message: <so far> [" + toolPath + "])";
-    }));
-}
-
-TEST_F(ToolRun, WorksWithoutStandardStreams) {
-    // The tool sees where the program keeps its pipes: not in the place of a standard stream.
-    tool("for fd in 0 1 2; do readlink \"/proc/$PPID/fd/$fd\"; done\nprintf '1,2'");
-    EXPECT_TRUE(inChild([this] {
-        for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-            ::close(fd);
-        }
-        return run() == "1,2" && ::fcntl(STDIN_FILENO, F_GETFD) == -1 &&
-               ::fcntl(STDERR_FILENO, F_GETFD) == -1;
-    }));
-    tool("printf errors >&2; exit 7");
-    EXPECT_TRUE(inChild([this] {
-        ::close(STDIN_FILENO);
-        ::close(STDERR_FILENO);
-        return runFailing() == "Program error: <errors> [" + toolPath + "]) (7)";
-    }));
 }
 
 TEST_F(ToolRun, GivesTheToolItsTwoPipesAndCleanSignals) {
@@ -247,45 +170,6 @@ TEST_F(ToolRun, PutsTheHandlingOfChildrenBackAndAsksForThoseThatEndedMeanwhile) 
 TEST_F(ToolRun, WorksWhenChildrenAreIgnored) {
     const test::SignalAction children(SIGCHLD, SIG_IGN);
     tool("printf ok");
-    EXPECT_EQ(run(), "ok");
-}
-
-TEST_F(ToolRun, LeavesNoDescriptorOpenWhateverHappens) {
-    const int before = test::nextDescriptor();
-    tool("printf ok");
-    run();
-    tool("exit 1");
-    runFailing();
-    std::filesystem::remove(toolPath);
-    runFailing();
-    EXPECT_EQ(test::nextDescriptor(), before);
-}
-
-TEST_F(ToolRun, FailsWithoutDescriptorsForItsPipes) {
-    tool("printf ok");
-    const int next = test::nextDescriptor();
-    for (const int free : {0, 1, 2, 3}) {
-        const test::DescriptorLimit descriptors(next + free);
-        EXPECT_EQ(runFailing(), "pipe() fail (24)") << free;
-    }
-    EXPECT_EQ(run(), "ok");
-}
-
-// select() has no place for such a descriptor.
-TEST_F(ToolRun, RefusesDescriptorsThatCannotBeWaitedFor) {
-    rlimit limits{};
-    ::getrlimit(RLIMIT_NOFILE, &limits);
-    if (limits.rlim_max < FD_SETSIZE + 64) {
-        GTEST_SKIP() << "the number of descriptors cannot be raised far enough";
-    }
-    tool("printf ok");
-    const test::ResourceLimit many(RLIMIT_NOFILE, FD_SETSIZE + 64);
-    std::vector<FileDesc> used;
-    do {
-        used.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    } while (used.back() < FD_SETSIZE);
-    EXPECT_EQ(runFailing(), "pipe() fail (24)");
-    used.clear();
     EXPECT_EQ(run(), "ok");
 }
 

@@ -1,18 +1,44 @@
 // The opener with stand-ins for the desktop's programs, found through PATH.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
+#include <utility>
 
 #include "platform/opener.h"
+#include "platform/waiting.h"
 #include "support/child_reports.h"
 #include "support/environment.h"
+#include "support/held_signals.h"
 #include "support/log_capture.h"
 #include "support/scratch_directory.h"
+#include "support/signal_action.h"
 #include "support/thrown.h"
+
+namespace corvane {
+namespace {
+
+// While it is set, a wait is over at once, and the time that it would have taken is kept here.
+std::optional<timespec> longestWait;
+
+}  // namespace
+}  // namespace corvane
+
+extern "C" int pselect(int nfds, fd_set* readable, fd_set* writable, fd_set* failed,
+                       const timespec* timeout, const sigset_t* mask) {
+    static const auto real = reinterpret_cast<decltype(&pselect)>(::dlsym(RTLD_NEXT, "pselect"));
+    if (!corvane::longestWait) {
+        return real(nfds, readable, writable, failed, timeout, mask);
+    }
+    corvane::longestWait = *timeout;
+    return 0;
+}
 
 namespace corvane {
 namespace {
@@ -112,13 +138,43 @@ TEST_F(Opener, CollectsTheProgramThatHasEnded) {
 }
 
 TEST_F(Opener, LeavesTheSignalMaskAsItWas) {
-    sigset_t before;
+    sigset_t child;
+    sigset_t previous;
     sigset_t after;
-    ::sigprocmask(SIG_BLOCK, nullptr, &before);
+    ::sigemptyset(&child);
+    ::sigaddset(&child, SIGCHLD);
+    ::sigprocmask(SIG_UNBLOCK, &child, &previous);
     installScript("exit 0\n");
     openAddress("http://x/");
-    ::sigprocmask(SIG_BLOCK, nullptr, &after);
-    EXPECT_EQ(sigismember(&after, SIGCHLD), sigismember(&before, SIGCHLD));
+    ::sigprocmask(SIG_SETMASK, &previous, &after);
+    EXPECT_EQ(sigismember(&after, SIGCHLD), 0);
+}
+
+TEST_F(Opener, LeavesADocumentThatWasClosedMeanwhileToTheHandlerOfChildren) {
+    const HeldSignals signals;
+    const test::SignalAction collect(SIGCHLD, [](int) {
+        while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+    });
+    installScript("exit 0\n");
+    openDocument("a.txt");
+    siginfo_t ended{};
+    ASSERT_EQ(::waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT), 0);
+    openAddress("http://x/");
+    deliverPendingSignals();
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(Opener, IsPatientForASecond) {
+    installScript("read line\n");
+    longestWait = timespec{};
+    openAddress("http://x/");
+    const timespec waited = *std::exchange(longestWait, std::nullopt);
+    EXPECT_TRUE((waited.tv_sec == 0 && waited.tv_nsec > 500'000'000) ||
+                (waited.tv_sec == 1 && waited.tv_nsec == 0))
+        << waited.tv_sec << " s " << waited.tv_nsec << " ns";
+    ::wait(nullptr);
 }
 
 TEST_F(Opener, RejectsWhatIsNoAddress) {
