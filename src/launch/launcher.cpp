@@ -3,7 +3,7 @@
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
 #include "launch/movie_page.h"
-#include "platform/opener.h"
+#include "launch/opener.h"
 #include "platform/process.h"
 #include "text/strings.h"
 

@@ -101,6 +101,13 @@ void Child::kill() {
     collect(0);
 }
 
+int Child::exitCode() const {
+    if (!status_ || waitError_ != 0) {
+        return 0;
+    }
+    return WIFEXITED(*status_) ? WEXITSTATUS(*status_) : 128 + WTERMSIG(*status_);
+}
+
 void Child::signalGroup() const {
     if (group_ == Group::Own) {
         ::kill(-pid_, SIGKILL);

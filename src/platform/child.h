@@ -59,6 +59,9 @@ class Child {
     pid_t pid() const { return pid_; }
     /// The status as waitpid(2) tells it; none while it runs, -100 when waiting for it failed.
     std::optional<int> status() const { return status_; }
+    /// The exit status, or 128 + the number of the signal that killed it; 0 while it runs and when
+    /// waiting for it failed.
+    int exitCode() const;
     /// The error number of a wait that failed; 0 for none.
     int waitError() const { return waitError_; }
 

@@ -1,12 +1,9 @@
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <log4cpp/Category.hh>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,8 +14,10 @@
 #include "text/exception.h"
 #include "text/strings.h"
 
-namespace corvane {
+namespace corvane::platform {
 namespace {
+
+using Result = Opening::Result;
 
 // An opener that still runs after this time has taken the job.
 constexpr std::chrono::milliseconds patience{1000};
@@ -66,22 +65,13 @@ bool isAddress(std::string_view text) {
     });
 }
 
-// The exit status of an opener (128 + signal when it was killed); 0 as long as it runs.
-int statusOf(const Child& opener) {
-    if (!opener.status() || opener.waitError() != 0) {
-        return 0;
-    }
-    const int status = *opener.status();
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 int runOpener(const std::vector<std::string>& command) {
     try {
         Child opener(Child::Capture::Nothing, Child::Group::Shared,
                      [&command] { becomeProgram(command, StandardStreams::NullDevice); });
         opener.waitFor(std::chrono::steady_clock::now() + patience);
         opener.leave();
-        return statusOf(opener);
+        return opener.exitCode();
     } catch (const IOException&) {  // no process can be started
         return statusCannotExecute;
     }
@@ -89,33 +79,27 @@ int runOpener(const std::vector<std::string>& command) {
 
 }  // namespace
 
-void openAddress(const std::string& target) {
-    if (!isAddress(target)) {
-        throw Exception(format("Cannot create CFURLRef for '%s'", target.c_str()));
+Opening openAddress(const std::string& address, const std::string& /*ownDirectory*/) {
+    if (!isAddress(address)) {
+        return {Result::NotAnAddress};
     }
-    const std::vector<std::string> command = openerCommand(target);
+    const std::vector<std::string> command = openerCommand(address);
     if (command.empty()) {
-        throw IOException(format("LSOpenCFURLRef error for file '%s': no program to open it with; "
-                                 "install xdg-open (package xdg-utils) or gio",
-                                 target.c_str()),
-                          ENOENT);
+        return {Result::NoOpener};
     }
-    if (const int status = runOpener(command); status != 0) {
-        throw IOException(format("LSOpenCFURLRef error for file '%s'", target.c_str()), status);
-    }
+    const int status = runOpener(command);
+    return {status == 0 ? Result::Opened : Result::Failed, status};
 }
 
-void openDocument(const std::string& path) {
+bool openDocument(const std::string& path, const std::string& /*ownDirectory*/) {
     // A name that begins with "-" would be taken for an option of the opener.
     const std::vector<std::string> command =
         openerCommand(startsWith(path, "-") ? "./" + path : path);
     if (command.empty()) {
-        static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.platform.open");
-        log.warn("no program to open '%s' with; install xdg-open (package xdg-utils) or gio",
-                 path.c_str());
-        return;
+        return false;
     }
     startProgram(command, StandardStreams::NullDevice);
+    return true;
 }
 
-}  // namespace corvane
+}  // namespace corvane::platform

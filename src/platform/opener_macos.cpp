@@ -1,58 +1,69 @@
-#include <ApplicationServices/ApplicationServices.h>
+// Launch Services is asked by a program beside the server (tools/cvnopen), which tells its own
+// status; how, is said there.
+#include <charconv>
+#include <chrono>
+#include <string>
+#include <vector>
 
-#include <memory>
-#include <type_traits>
-
+#include "platform/child.h"
 #include "platform/opener.h"
+#include "platform/process.h"
 #include "text/exception.h"
-#include "text/strings.h"
 
-namespace corvane {
-
+namespace corvane::platform {
 namespace {
 
-struct ReleaseReference {
-    void operator()(CFTypeRef reference) const { CFRelease(reference); }
-};
+using Result = Opening::Result;
 
-using Url = std::unique_ptr<std::remove_pointer_t<CFURLRef>, ReleaseReference>;
+constexpr const char* openerName = "cvnopen";
+constexpr int exitNotAnAddress = 1;
+constexpr int statusCannotExecute = 255;
 
-const UInt8* bytesOf(const std::string& text) {
-    return reinterpret_cast<const UInt8*>(text.c_str());
+// Starting an application takes its time, and its failure is known only then.
+constexpr std::chrono::seconds patience{10};
+
+// What the opener has printed when it ended with 0.
+Opening printedStatus(const std::string& output) {
+    int status = 0;
+    const char* const end = output.data() + output.size();
+    if (std::from_chars(output.data(), end, status).ec != std::errc()) {
+        return {Result::Failed, statusCannotExecute};
+    }
+    return {status == 0 ? Result::Opened : Result::Failed, status};
 }
 
-Url makeUrl(const std::string& target) {
-    return Url(CFURLCreateWithBytes(kCFAllocatorDefault, bytesOf(target),
-                                    static_cast<CFIndex>(target.size()), kCFStringEncodingUTF8,
-                                    nullptr));
+Opening resultOf(Child& opener) {
+    if (!opener.status()) {
+        return {Result::Opened};
+    }
+    switch (const int exitCode = opener.exitCode(); exitCode) {
+        case 0:
+            return printedStatus(opener.wholeOutput(std::chrono::steady_clock::now() + patience));
+        case exitNotAnAddress:
+            return {Result::NotAnAddress};
+        default:
+            return {Result::Failed, exitCode};
+    }
 }
 
 }  // namespace
 
-void openAddress(const std::string& target) {
-    const Url url = makeUrl(target);
-    if (!url) {
-        throw Exception(format("Cannot create CFURLRef for '%s'", target.c_str()));
-    }
-    const OSStatus status = LSOpenCFURLRef(url.get(), nullptr);
-    if (status != 0) {
-        throw IOException(format("LSOpenCFURLRef error for file '%s'", target.c_str()), status);
+Opening openAddress(const std::string& address, const std::string& ownDirectory) {
+    const std::vector<std::string> command = {ownDirectory + openerName, "address", address};
+    try {
+        Child opener(Child::Capture::Output, Child::Group::Shared,
+                     [&command] { becomeProgram(command, StandardStreams::OutputOnly); });
+        opener.waitFor(std::chrono::steady_clock::now() + patience);
+        opener.leave();
+        return resultOf(opener);
+    } catch (const Exception&) {  // no process can be started, or it prints without end
+        return {Result::Failed, statusCannotExecute};
     }
 }
 
-// Both calls are deprecated in favour of LSOpenCFURLRef, not removed. They take a path as it is,
-// without the detour of making a URL of it.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-
-void openDocument(const std::string& path) {
-    // Zeroed because it is handed on even when no reference could be made: Launch Services then
-    // refuses it, and that is ignored like any other failure.
-    FSRef file{};
-    FSPathMakeRef(bytesOf(path), &file, nullptr);
-    LSOpenFSRef(&file, nullptr);
+bool openDocument(const std::string& path, const std::string& ownDirectory) {
+    startProgram({ownDirectory + openerName, "document", path}, StandardStreams::NullDevice);
+    return true;
 }
 
-#pragma GCC diagnostic pop
-
-}  // namespace corvane
+}  // namespace corvane::platform

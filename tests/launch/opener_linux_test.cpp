@@ -11,7 +11,7 @@
 #include <optional>
 #include <utility>
 
-#include "platform/opener.h"
+#include "launch/opener.h"
 #include "platform/waiting.h"
 #include "support/child_reports.h"
 #include "support/environment.h"

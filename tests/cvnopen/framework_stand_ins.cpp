@@ -1,4 +1,4 @@
-#include "platform/macos/framework_stand_ins.h"
+#include "cvnopen/framework_stand_ins.h"
 
 #include <algorithm>
 #include <string_view>
