@@ -167,13 +167,16 @@ TEST_F(Opener, LeavesADocumentThatWasClosedMeanwhileToTheHandlerOfChildren) {
 }
 
 TEST_F(Opener, IsPatientForASecond) {
-    installScript("read line\n");
+    ASSERT_EQ(::mkfifo((scratch / "release").c_str(), 0600), 0);
+    const test::EnvironmentVariable release("RELEASE", scratch / "release");
+    installScript("read line < \"$RELEASE\"\n");
     longestWait = timespec{};
     openAddress("http://x/");
     const timespec waited = *std::exchange(longestWait, std::nullopt);
     EXPECT_TRUE((waited.tv_sec == 0 && waited.tv_nsec > 500'000'000) ||
                 (waited.tv_sec == 1 && waited.tv_nsec == 0))
         << waited.tv_sec << " s " << waited.tv_nsec << " ns";
+    test::writeFile(scratch / "release", "go\n");
     ::wait(nullptr);
 }
 
