@@ -8,27 +8,24 @@
 #include <log4cpp/Priority.hh>
 #include <string>
 
+#include "log/log.h"
 #include "server/server.h"
 #include "text/byte_buffer.h"
-#include "log/log.h"
 
 namespace corvane {
 namespace {
 
 /// Both ends of a connection; a whole request fits in its buffer.
-class Connection {
+class SocketPair {
   public:
-    Connection() {
+    SocketPair() {
         ::socketpair(AF_UNIX, SOCK_STREAM, 0, ends_.data());
         const int room = 1 << 20;
         ::setsockopt(client(), SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
     }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-    ~Connection() {
-        ::close(client());
-        ::close(server());
-    }
+    SocketPair(const SocketPair&) = delete;
+    SocketPair& operator=(const SocketPair&) = delete;
+    ~SocketPair() { ::close(client()); }
 
     int client() const { return ends_[0]; }
     int server() const { return ends_[1]; }
@@ -39,9 +36,10 @@ class Connection {
 
 void readRequest(benchmark::State& state) {
     LogLevel::set(log4cpp::Priority::NOTICE);
-    const Connection connection;
+    const SocketPair connection;
     const std::string request = std::string(static_cast<std::size_t>(state.range(0)), 'x') + '\0';
     Server server;
+    server.addClient(FileDesc(connection.server()), {});
     ByteBuffer received;
     for ([[maybe_unused]] auto _ : state) {
         if (::send(connection.client(), request.data(), request.size(), 0) !=

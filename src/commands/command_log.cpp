@@ -5,7 +5,6 @@
 #include <log4cpp/Category.hh>
 
 #include "commands/corvane_server.h"
-#include "server/address.h"
 #include "text/strings.h"
 
 namespace corvane {
@@ -56,8 +55,8 @@ void CommandLog::reason(const std::exception& e) const {
 
 void CommandLog::write(log4cpp::Priority::Value priority, const char* detail, va_list args) const {
     if (isLogged(priority)) {
-        categoryOf(cmd_).log(priority, concatenate("Client ", formatAddress(sock_), ": cmd '", cmd_,
-                                                   "'", formatvl(detail, args)));
+        categoryOf(cmd_).log(priority, concatenate("Client ", address_, ": cmd '", cmd_, "'",
+                                                   formatvl(detail, args)));
     }
 }
 

@@ -13,8 +13,9 @@ namespace corvane {
 
 class CommandLog {
   public:
-    /// Keeps a reference: the command's name must live as long as the log.
-    CommandLog(int sock, const std::string& cmd) : sock_(sock), cmd_(cmd) {}
+    /// Keeps references: the client's address (Server::addressOf) and the command's name must live
+    /// as long as the log.
+    CommandLog(const std::string& address, const std::string& cmd) : address_(address), cmd_(cmd) {}
 
     /// Only the common beginning.
     void debug() const {
@@ -36,7 +37,7 @@ class CommandLog {
   private:
     void write(log4cpp::Priority::Value priority, const char* detail, va_list args) const;
 
-    int sock_;
+    const std::string& address_;
     const std::string& cmd_;
 };
 

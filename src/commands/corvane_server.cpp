@@ -4,7 +4,6 @@
 #include <log4cpp/Category.hh>
 
 #include "log/log.h"
-#include "server/address.h"
 
 namespace corvane {
 
@@ -14,7 +13,7 @@ void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::
     const Command* const command = findCommand(cmd);
     if (command == nullptr || !isAllowed(cmd)) {
         if (log.isWarnEnabled()) {
-            log.warn("Client %s: command '%s' not found", formatAddress(sock).c_str(), cmd.c_str());
+            log.warn("Client %s: command '%s' not found", addressOf(sock).c_str(), cmd.c_str());
         }
         sendFatalError(sock, cmd);
         return;

@@ -63,7 +63,7 @@ class CorvaneServer : public Server {
 
   private:
     /// The log of one command of one client; `cmd` must outlive it.
-    static CommandLog logOf(int sock, const std::string& cmd) { return {sock, cmd}; }
+    CommandLog logOf(int sock, const std::string& cmd) { return {addressOf(sock), cmd}; }
 
     /// Runs the work of a command, its reply included. An Exception is passed to `report` and
     /// answered with FAILED and `hint`; a SocketException passes, since a lost connection cannot be

@@ -119,6 +119,15 @@ Deadline deadlineAfter(int secondsAway) {
     return secondsAway == 0 ? Deadline() : steady_clock::now() + seconds(secondsAway);
 }
 
+bool hasPassed(const Deadline& deadline) { return deadline && steady_clock::now() >= *deadline; }
+
+Deadline earlier(const Deadline& a, const Deadline& b) {
+    if (!a || !b) {
+        return a ? a : b;
+    }
+    return std::min(a, b);
+}
+
 nanoseconds timeUntil(steady_clock::time_point deadline) {
     return std::max(nanoseconds::zero(),
                     duration_cast<nanoseconds>(deadline - steady_clock::now()));

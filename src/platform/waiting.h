@@ -44,6 +44,11 @@ using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 /// The deadline that is `seconds` away; none for 0.
 Deadline deadlineAfter(int seconds);
 
+/// Whether it has passed; one that is not set never does.
+bool hasPassed(const Deadline& deadline);
+/// The one that passes first.
+Deadline earlier(const Deadline& a, const Deadline& b);
+
 /// The time until a deadline; 0 when it has passed.
 std::chrono::nanoseconds timeUntil(std::chrono::steady_clock::time_point deadline);
 

@@ -1,35 +1,31 @@
 #include "server/address.h"
 
 #include <arpa/inet.h>
-#include <sys/select.h>
 #include <sys/socket.h>
 
 #include <array>
+#include <charconv>
 #include <cstddef>
-
-#include "text/strings.h"
 
 namespace corvane {
 namespace {
 
-struct Peer {
-    bool known;
-    sockaddr_in address;
-    std::array<char, sizeof "255.255.255.255:65535"> text;  // empty until it is first asked for
-};
-
-// By descriptor. A connection beyond the select set is never served, so never remembered.
-std::array<Peer, FD_SETSIZE> peers;
-
-Peer* slotOf(int sock) {
-    return sock >= 0 && sock < FD_SETSIZE ? &peers[static_cast<std::size_t>(sock)] : nullptr;
+char* writeNumber(char* at, int number) {
+    constexpr std::ptrdiff_t mostDigits = 11;
+    return std::to_chars(at, at + mostDigits, number).ptr;
 }
 
 }  // namespace
 
 std::string formatAddress(const in_addr& a, int port) {
+    std::array<char, sizeof "255.255.255.255:-2147483648"> text;  // NOLINT: filled below
     const auto* octets = reinterpret_cast<const unsigned char*>(&a.s_addr);
-    return format("%d.%d.%d.%d:%d", octets[0], octets[1], octets[2], octets[3], port);
+    char* end = text.data();
+    for (std::size_t i = 0; i < sizeof a.s_addr; ++i) {
+        end = writeNumber(end, octets[i]);
+        *end++ = i + 1 < sizeof a.s_addr ? '.' : ':';
+    }
+    return {text.data(), writeNumber(end, port)};
 }
 
 std::string formatAddress(const sockaddr_in& sa) {
@@ -37,12 +33,6 @@ std::string formatAddress(const sockaddr_in& sa) {
 }
 
 std::string formatAddress(int sock) {
-    if (Peer* const peer = slotOf(sock); peer != nullptr && peer->known) {
-        if (peer->text.front() == '\0') {
-            formatAddress(peer->address).copy(peer->text.data(), peer->text.size() - 1);
-        }
-        return peer->text.data();
-    }
     int listening = 1;
     socklen_t length = sizeof listening;
     ::getsockopt(sock, SOL_SOCKET, SO_ACCEPTCONN, &listening, &length);
@@ -51,19 +41,7 @@ std::string formatAddress(int sock) {
     auto* generic = reinterpret_cast<sockaddr*>(&address);
     const int result = listening == 1 ? ::getsockname(sock, generic, &length)
                                       : ::getpeername(sock, generic, &length);
-    return result == 0 && address.sin_family == AF_INET ? formatAddress(address) : "?.?.?.?:?";
-}
-
-void rememberPeer(int sock, const sockaddr_in& peer) {
-    if (Peer* const slot = slotOf(sock); slot != nullptr) {
-        *slot = {true, peer, {}};
-    }
-}
-
-void forgetPeer(int sock) {
-    if (Peer* const slot = slotOf(sock); slot != nullptr) {
-        *slot = {};
-    }
+    return result == 0 && address.sin_family == AF_INET ? formatAddress(address) : unknownAddress;
 }
 
 }  // namespace corvane

@@ -9,11 +9,10 @@
 #include <log4cpp/Category.hh>
 #include <new>
 
-#include "log/log.h"
-#include "server/address.h"
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {
@@ -50,102 +49,129 @@ void dropReceived(int sock) {
     }
 }
 
-void logFailure(int sock, const char* reason) {
-    if (clientLog().isInfoEnabled()) {
-        clientLog().info("Closing client %s because it has caused exception: %s",
-                         formatAddress(sock).c_str(), reason);
-    }
-}
-
 }  // namespace
 
 bool Server::processClient(int sock) {
-    const LogBatch linesOfOneRequest;
-    try {
-        return serveRequest(sock);
-    } catch (const ForeignRequest& e) {
-        return refuseForeignRequest(sock, e.line);
-    } catch (const SocketClosedException& e) {
-        return closeFinished(sock, e.graceful);
-    } catch (const SocketException& e) {
-        if (clientLog().isErrorEnabled()) {
-            clientLog().error("Client %s socket exception: %s", formatAddress(sock).c_str(),
-                              e.what());
-        }
-    } catch (const Exception& e) {
-        dropRequest();
-        logFailure(sock, e.what());
-    } catch (const std::bad_alloc&) {
-        // The request, or what it asked for, is too large for this machine; others may not be.
-        dropRequest();
-        logFailure(sock, IOException("not enough memory", ENOMEM).what());
-    }
-    return errorCloseSocket(sock, false);
+    Connection* const client = clients.find(sock);
+    return client == nullptr || serve(*client) == Next::Serve;
 }
 
-bool Server::serveRequest(int sock) {
-    switch (receiveRequest(sock, request_)) {
+// One request of one client, whatever it leads to.
+Server::Next Server::serve(Connection& client) {
+    const LogBatch linesOfOneRequest;
+    client.borrow(input_);
+    const Next next = serveAndRecover(client);
+    settle(client);
+    return next;
+}
+
+Server::Next Server::serveAndRecover(Connection& client) {
+    try {
+        return serveRequest(client);
+    } catch (const ForeignRequest& e) {
+        return refuse(client, e.line);
+    } catch (const SocketClosedException& e) {
+        return closeFinished(client, e.graceful);
+    } catch (const SocketException& e) {
+        if (clientLog().isErrorEnabled()) {
+            clientLog().error("Client %s socket exception: %s", client.address().c_str(), e.what());
+        }
+        return closeAfterError(client, false);
+    } catch (const Exception& e) {
+        return closeFailed(client, e.what());
+    } catch (const std::bad_alloc&) {
+        // The request, or what it asked for, is too large for this machine; others may not be.
+        return closeFailed(client, IOException("not enough memory", ENOMEM).what());
+    }
+}
+
+Server::Next Server::serveRequest(Connection& client) {
+    switch (receiveRequest(client)) {
         case Received::LineEnd:
         case Received::Nothing:
-            return true;
+            return Next::Serve;
         case Received::End:
-            return closeFinished(sock, false);
+            return closeFinished(client, false);
         case Received::Request:
             break;
     }
     if (isLogged(log4cpp::Priority::DEBUG)) {
-        logRequest(request_.view());
+        logRequest(request_);
     }
-    std::string_view lines = request_.view();
+    std::string_view lines = request_;
     const std::optional<std::string> cmd = takeLine(lines);
     if (!cmd) {
-        if (clientLog().isWarnEnabled()) {
-            clientLog().warn("Empty request from %s", formatAddress(sock).c_str());
-        }
-        return true;
+        clientLog().warn("Empty request from %s", client.address().c_str());
+        return Next::Serve;
     }
     if (*cmd == shutdownCommand && isAllowed(*cmd)) {
         clientLog().info("SHUTDOWN command was received");
-        return false;
+        return Next::Stop;
     }
     params_.open(lines);
-    processClientCommand(sock, *cmd, params_);
-    return true;
+    processClientCommand(client.sock(), *cmd, params_);
+    return Next::Serve;
 }
 
-// Frees the request before anything else is done: it may be what the memory is short for.
-void Server::dropRequest() {
-    request_.clearAndShrink(0);
-    expectFreedMemory();
+// Leaves the client ready for its next turn: whether it is still readable, and with no more memory
+// than it needs.
+void Server::settle(Connection& client) {
+    client.putBack(input_);
+    if (client.descriptor() == -1 || !client.isDrained()) {
+        return;
+    }
+    if (client.takeNeedsRearm()) {
+        watch_.rearm(client.sock());
+    }
+    if (client.unread().empty()) {
+        clients.markDrained(client);
+    }
 }
 
 // Closes a connection that the client has ended. After a regular end (0 bytes received) no
 // half-close is needed: nothing can arrive any more that would make close(2) reset the connection.
-bool Server::closeFinished(int sock, bool graceful) {
+Server::Next Server::closeFinished(Connection& client, bool graceful) {
     if (isLogged(log4cpp::Priority::INFO)) {
-        clientLog().info("Client %s has closed connection", formatAddress(sock).c_str());
+        clientLog().info("Client %s has closed connection", client.address().c_str());
     }
-    return errorCloseSocket(sock, graceful);
+    return closeAfterError(client, graceful);
 }
 
-// Answers and closes a connection that no application has made; it does not count as an
-// application's disconnection, so that a web page cannot stop the server.
-bool Server::refuseForeignRequest(int sock, const std::string& line) {
-    dropRequest();
+Server::Next Server::closeFailed(Connection& client, const char* reason) {
+    client.dropInput();  // before anything else: it may be what the memory is short for
+    expectFreedMemory();
+    clientLog().info("Closing client %s because it has caused exception: %s",
+                     client.address().c_str(), reason);
+    return closeAfterError(client, false);
+}
+
+// A page in a browser cannot stop the server by going away.
+Server::Next Server::closeAfterError(const Connection& client, bool graceful) {
+    if (client.isForeign) {
+        closeSocket(client.sock(), graceful);
+        return Next::Serve;
+    }
+    return errorCloseSocket(client.sock(), graceful) ? Next::Serve : Next::Stop;
+}
+
+// Answers and closes a connection that no application has made.
+Server::Next Server::refuse(Connection& client, const std::string& line) {
+    client.dropInput();
+    expectFreedMemory();
     const auto now = std::chrono::steady_clock::now();
     if (now >= nextForeignWarning_) {
         nextForeignWarning_ = now + foreignWarningPeriod;
         clientLog().warn("Client %s: refused, not an application's request: '%s'",
-                         formatAddress(sock).c_str(), line.c_str());
+                         client.address().c_str(), line.c_str());
     }
     try {
-        sendFatalError(sock, line);
-        dropReceived(sock);
+        sendFatalError(client.sock(), line);
+        dropReceived(client.descriptor());
     } catch (const std::exception&) {
         // It is closed below in any case.
     }
-    closeSocket(clients, sock, true);
-    return true;
+    closeSocket(client.sock(), true);
+    return Next::Serve;
 }
 
 bool Server::isAllowed(const std::string& cmd) const {
@@ -157,7 +183,7 @@ void Server::processClientCommand(int sock, const std::string& cmd, std::istream
     static log4cpp::Category& log =
         log4cpp::Category::getInstance("corvane.server.process.client.cmd");
     if (log.isInfoEnabled()) {
-        log.info("Client %s: %s", formatAddress(sock).c_str(), cmd.c_str());
+        log.info("Client %s: %s", addressOf(sock).c_str(), cmd.c_str());
     }
 }
 

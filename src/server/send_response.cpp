@@ -50,30 +50,14 @@ ssize_t sendOnce(int sock, std::span<const std::string_view> pieces) {
     return ::sendmsg(sock, &message, flags);
 }
 
-// `limit` is the number of seconds that the client may leave the reply unread; 0 for any time.
-void sendAll(int sock, std::span<std::string_view> pieces, int limit) {
-    Deadline deadline;
-    while (!pieces.empty()) {
-        const ssize_t sent = sendOnce(sock, pieces);
-        if (sent == -1 && (errno == EAGAIN || errno == EINTR)) {
-            if (!deadline) {
-                deadline = deadlineAfter(limit);
-            }
-            if (!waitForSocket(sock, Direction::Write, deadline)) {
-                ::shutdown(sock, SHUT_RDWR);  // no other reply may follow half of this one
-                throw SocketException("send() error", ETIMEDOUT);
-            }
-            continue;
-        }
-        checkSendError(sock, sent);
-        pieces = advance(pieces, static_cast<std::size_t>(sent));
-    }
-}
-
 }  // namespace
 
 void Server::sendTerminated(int sock, std::span<std::string_view> pieces) {
     flushLog();
+    const Connection* const client = clients.find(sock);
+    if (client == nullptr) {
+        throw SocketException("send() error", EBADF);  // a termination signal has closed it
+    }
     std::size_t size = 0;
     for (const std::string_view text : pieces) {
         size += text.size();
@@ -81,23 +65,36 @@ void Server::sendTerminated(int sock, std::span<std::string_view> pieces) {
     if (size > largeSize) {
         expectFreedMemory();
     }
-    sendAll(sock, pieces, options.requestTimeout);
+    sendAll(*client, pieces);
+}
+
+// The time limit holds for the whole rest of the reply from the first wait on.
+void Server::sendAll(const Connection& client, std::span<std::string_view> pieces) const {
+    Deadline deadline;
+    while (!pieces.empty()) {
+        const ssize_t sent = sendOnce(client.descriptor(), pieces);
+        if (sent == -1 && (errno == EAGAIN || errno == EINTR)) {
+            if (!deadline) {
+                deadline = deadlineAfter(options.requestTimeout);
+            }
+            if (!waitForSocket(client.descriptor(), Direction::Write, deadline)) {
+                ::shutdown(client.descriptor(), SHUT_RDWR);  // nothing may follow half of a reply
+                throw SocketException("send() error", ETIMEDOUT);
+            }
+            continue;
+        }
+        if (sent == -1 && errno == ECONNRESET) {
+            throw SocketClosedException(client, false);
+        }
+        checkSendError(client.sock(), sent);
+        pieces = advance(pieces, static_cast<std::size_t>(sent));
+    }
 }
 
 void Server::sendResponse(int sock, const char* data, int length) {
     std::array<std::string_view, 2> pieces{std::string_view(data, static_cast<std::size_t>(length)),
                                            terminator};
     sendTerminated(sock, pieces);
-}
-
-void checkSendError(int sock, long sendResult) {
-    if (sendResult != -1) {
-        return;
-    }
-    if (errno == ECONNRESET) {
-        throw SocketClosedException(sock, false);
-    }
-    throw SocketException("send() error", errno);
 }
 
 }  // namespace corvane

@@ -3,9 +3,13 @@
 
 #include <netinet/in.h>
 
+#include <string>
+
 #include "text/exception.h"
 
 namespace corvane {
+
+class Connection;
 
 class SocketException : public IOException {
   public:
@@ -18,9 +22,14 @@ class SocketClosedException : public SocketException {
   public:
     /// The address in the message is computed now, so `sock` must still be open.
     SocketClosedException(int sock, bool gracefulEnd);
+    /// With the address that the connection keeps, which the system may have forgotten.
+    SocketClosedException(const Connection& connection, bool gracefulEnd);
 
     int socket;
     bool graceful;
+
+  private:
+    SocketClosedException(int sock, const std::string& address, bool gracefulEnd);
 };
 
 /// "Bind error to %s" with the address.
@@ -32,5 +41,10 @@ class BindException : public SocketException {
     in_addr ip;
     int port;
 };
+
+/// Turns a result of recv(2) into an exception, or nothing when bytes came.
+void checkRecvStatus(int sock, long result);
+/// Turns a result of send(2) into an exception, or nothing when it is not -1.
+void checkSendError(int sock, long sendResult);
 
 }  // namespace corvane

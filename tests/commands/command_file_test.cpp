@@ -28,7 +28,7 @@ class FileOfACommand : public test::CommandTest {
 
     const std::string cmd = "write";
     std::string path = scratch / "file";
-    CommandLog commandLog{serverSocket(), cmd};
+    CommandLog commandLog{server.addressOf(serverSocket()), cmd};
     CommandFile file{path, commandLog};
 };
 

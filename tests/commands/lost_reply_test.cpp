@@ -22,16 +22,16 @@ class LostReply : public testing::Test {
     /// Sends a request, resets the connection and lets the server serve it. Returns the lines from
     /// the reply to the closing of the connection; "ADDRESS" stands for the client's.
     std::vector<std::string> served(const std::string& request) {
-        const std::string where = formatAddress(server.listeners.front());
+        const std::string where = server.listeners.front().address;
         test::ClientSocket client(std::stoi(where.substr(where.find(':') + 1)));
         while (server.clients.empty()) {
-            server.processListener(server.listeners.front());
+            server.processListener(server.listeners.front().sock);
         }
         const std::string address = client.address();
         client.send(request + '\0');
         client.reset();
         log.take();
-        EXPECT_TRUE(server.processClient(server.clients.front()));
+        EXPECT_TRUE(server.processClient(server.clients.descriptors().front()));
         EXPECT_TRUE(server.clients.empty());
         std::vector<std::string> lines;
         for (std::string line : log.lines()) {

@@ -90,7 +90,7 @@ void serve(std::string_view bytes) {
     ::shutdown(ends[0], SHUT_WR);
 
     fuzz::ConfinedServer server;
-    Server::addSocket(server.clients, ends[1]);
+    server.addClient(FileDesc(ends[1]), {});
     while (!server.clients.empty() && server.processClient(ends[1])) {
         if (const std::string reply = takeReplies(ends[0]); !reply.empty()) {
             checkReply(reply);

@@ -30,12 +30,11 @@ TEST_F(ListenerTest, LogsEachStep) {
     const test::LogCapture log;
     Server another;
     another.initListener("127.0.0.1", 0);
-    EXPECT_EQ(
-        log.lines(),
-        (Lines{"DEBUG " + initLog + "Creating socket...",
-               "DEBUG " + initLog + "Binding socket to 127.0.0.1:0 (127.0.0.1)...",
-               "DEBUG " + initLog + "Listening with backlog 128...",
-               "NOTICE " + initLog + "Listening on " + formatAddress(another.listeners.front())}));
+    EXPECT_EQ(log.lines(),
+              (Lines{"DEBUG " + initLog + "Creating socket...",
+                     "DEBUG " + initLog + "Binding socket to 127.0.0.1:0 (127.0.0.1)...",
+                     "DEBUG " + initLog + "Listening with backlog 128...",
+                     "NOTICE " + initLog + "Listening on " + another.listeners.front().address}));
 }
 
 TEST_F(ListenerTest, UsesTheServersAddressAndPort) {
@@ -48,10 +47,10 @@ TEST_F(ListenerTest, UsesTheServersAddressAndPort) {
 TEST_F(ListenerTest, MayBeOneOfSeveral) {
     server.initListener("127.0.0.1", 0);
     ASSERT_EQ(server.listeners.size(), 2U);
-    const std::string where = formatAddress(server.listeners[1]);
+    const std::string where = server.listeners[1].address;
     const test::ClientSocket client(std::stoi(where.substr(where.find(':') + 1)));
     while (server.clients.empty()) {
-        server.processListener(server.listeners[1]);
+        server.processListener(server.listeners[1].sock);
     }
     EXPECT_EQ(formatAddress(accepted()), client.address());
 }
@@ -88,20 +87,20 @@ TEST_F(ListenerTest, MayHaveTheLargestPort) {
         ASSERT_EQ(e.code, EADDRINUSE);
         GTEST_SKIP() << "another program has the port";
     }
-    EXPECT_EQ(formatAddress(another.listeners.front()), "127.0.0.1:65535");
+    EXPECT_EQ(another.listeners.front().address, "127.0.0.1:65535");
 }
 
 TEST_F(ListenerTest, ResolvesAName) {
     Server another;
     another.initListener("localhost", 0);
-    EXPECT_EQ(formatAddress(another.listeners.front()).rfind("127.", 0), 0U);
+    EXPECT_EQ(another.listeners.front().address.rfind("127.", 0), 0U);
 }
 
 TEST_F(ListenerTest, WarnsWhenOthersCanReachIt) {
     const test::LogCapture log(log4cpp::Priority::WARN);
     Server another;
     another.initListener("", 0);
-    const std::string where = formatAddress(another.listeners.front());
+    const std::string where = another.listeners.front().address;
     EXPECT_EQ(where.rfind("0.0.0.0:", 0), 0U);
     EXPECT_EQ(log.lines().back(), "WARN " + initLog + where +
                                       " is not a loopback address: everyone who can reach it can "
@@ -110,13 +109,13 @@ TEST_F(ListenerTest, WarnsWhenOthersCanReachIt) {
 
 TEST_F(ListenerTest, AndItsConnectionsAreClosedOnExec) {
     const test::ClientSocket client = connect();
-    EXPECT_EQ(::fcntl(server.listeners.front(), F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(::fcntl(server.listeners.front().sock, F_GETFD), FD_CLOEXEC);
     EXPECT_EQ(::fcntl(accepted(), F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(ListenerTest, NeverWaitsAndNeitherDoItsConnections) {
     const test::ClientSocket client = connect();
-    EXPECT_NE(::fcntl(server.listeners.front(), F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_NE(::fcntl(server.listeners.front().sock, F_GETFL) & O_NONBLOCK, 0);
     EXPECT_NE(::fcntl(accepted(), F_GETFL) & O_NONBLOCK, 0);
 }
 

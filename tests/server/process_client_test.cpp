@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <cerrno>
 #include <memory>
 #include <new>
@@ -71,10 +73,10 @@ TEST_F(ProcessClientTest, KnowsShutdownInThisSpellingOnly) {
 }
 
 TEST_F(ProcessClientTest, HandsShutdownOverWhenItIsNotAmongTheAllowedCommands) {
-    server.options.allowedCommands = {"userDir"};
+    server.options.allowedCommands = {{"userDir"}};
     EXPECT_TRUE(handle("shutdown\0"s));
     EXPECT_EQ(server.commands, Lines{"shutdown"});
-    server.options.allowedCommands = {"userDir", "shutdown"};
+    server.options.allowedCommands = {{"userDir", "shutdown"}};
     EXPECT_FALSE(handle("shutdown\0"s));
 }
 
@@ -90,13 +92,14 @@ TEST_F(ProcessClientTest, ClosesAClientThatHasClosedItsConnection) {
 
 TEST_F(ProcessClientTest, ClosesAClientWhoseSocketFails) {
     client = std::make_unique<test::ClientSocket>(connect());
-    server.clients.push_back(-1);
+    const std::string where = client->address();
+    ::close(accepted());
     const test::LogCapture log;
-    EXPECT_TRUE(server.processClient(-1));
-    EXPECT_EQ(log.lines().front(), "ERROR " + clientLog +
-                                       "Client ?.?.?.?:? socket exception: recv() error (" +
-                                       std::to_string(EBADF) + ")");
-    EXPECT_EQ(server.clients.size(), 1U);
+    EXPECT_TRUE(server.processClient(accepted()));
+    EXPECT_EQ(log.lines().front(), "ERROR " + clientLog + "Client " + where +
+                                       " socket exception: recv() error (" + std::to_string(EBADF) +
+                                       ")");
+    EXPECT_TRUE(server.clients.empty());
 }
 
 TEST_F(ProcessClientTest, ClosesAClientWhoseCommandFailsWithoutAReply) {
@@ -147,6 +150,37 @@ TEST_F(ProcessClientTest, RefusesABrowserThatSendsMuchWithoutResettingItsConnect
     EXPECT_EQ(client->untilEnd(), "<fatalError cmd='POST / HTTP/1.1'/>\0"s);
 }
 
+TEST_F(ProcessClientTest, RefusesAMethodAndAPathHoweverTheLineEnds) {
+    server.options.shutdownOnDisconnect = 1;
+    for (const std::string& request : {"GET /\0"s, "PUT /x\1"s, "GET /x y\n"s}) {
+        EXPECT_TRUE(handle(request));
+        EXPECT_EQ(client->untilEnd().substr(0, 17), "<fatalError cmd='");
+    }
+    EXPECT_TRUE(server.commands.empty());
+}
+
+TEST_F(ProcessClientTest, IsNotStoppedByAPageThatEndsInsideItsFirstLine) {
+    server.options.shutdownOnDisconnect = 1;
+    server.options.maxRequest = 8;
+    for (const std::string& request : {"GET /"s, "GET /longer than the limit"s}) {
+        client = std::make_unique<test::ClientSocket>(connect());
+        client->send(request);
+        client->finishSending();
+        EXPECT_TRUE(server.processClient(accepted())) << request;
+    }
+    client = std::make_unique<test::ClientSocket>(connect());
+    client->send("userDi");
+    client->finishSending();
+    EXPECT_FALSE(server.processClient(accepted())) << "an application";
+}
+
+TEST_F(ProcessClientTest, RefusesStun) {
+    server.options.shutdownOnDisconnect = 1;
+    EXPECT_TRUE(handle("\0\1\0\0\x21\x12\xA4\x42"s + std::string(12, 'x')));
+    EXPECT_EQ(client->untilEnd(), "<fatalError cmd='STUN'/>\0"s);
+    EXPECT_TRUE(server.clients.empty());
+}
+
 TEST_F(ProcessClientTest, WarnsOfBrowsersOnceAMinute) {
     const test::LogCapture log(log4cpp::Priority::WARN);
     for (int i = 0; i < 5; ++i) {
@@ -166,14 +200,14 @@ TEST_F(ProcessClientTest, SurvivesABrowserThatIsGoneAlready) {
 TEST_F(ProcessClientTest, OfTheBaseClassOnlyLogs) {
     Server base;
     base.initListener("127.0.0.1", 0);
-    const std::string where = formatAddress(base.listeners.front());
+    const std::string where = base.listeners.front().address;
     test::ClientSocket sender(std::stoi(where.substr(where.find(':') + 1)));
     while (base.clients.empty()) {
-        base.processListener(base.listeners.front());
+        base.processListener(base.listeners.front().sock);
     }
     sender.send("hello\0"s);
     const test::LogCapture log;
-    EXPECT_TRUE(base.processClient(base.clients.front()));
+    EXPECT_TRUE(base.processClient(base.clients.descriptors().front()));
     EXPECT_EQ(log.lines().back(),
               "INFO corvane.server.process.client.cmd Client " + sender.address() + ": hello");
     EXPECT_FALSE(sender.hasSomething());

@@ -122,8 +122,9 @@ TEST_F(ProcessTest, EndsWhenAClientsDisconnectionStopsIt) {
 }
 
 TEST_F(ProcessTest, FailsWhenItCannotWait) {
-    const test::ClientSocket client = connect();
-    ::close(accepted());
+    const int closed = ::dup(STDERR_FILENO);
+    ::close(closed);
+    server.addClient(FileDesc(closed), {});
     try {
         server.process();
         FAIL();

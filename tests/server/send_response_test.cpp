@@ -21,7 +21,7 @@ TEST_F(SendResponseTest, EndsAReplyWithExactlyOneZeroByte) {
     send("one");
     send("");
     send("two");
-    server.closeSocket(server.clients, accepted(), true);
+    server.closeSocket(accepted(), true);
     EXPECT_EQ(client.untilEnd(), std::string("one\0\0two\0", 9));
 }
 
@@ -101,22 +101,6 @@ TEST_F(SendResponseTest, HasAFatalErrorReplyThatEscapesNothing) {
     test::ClientSocket client = connect();
     server.sendFatalError(accepted(), "a<'b");
     EXPECT_EQ(client.reply(), "<fatalError cmd='a<'b'/>");
-}
-
-TEST(CheckSendError, TellsTheKindsOfFailureApart) {
-    EXPECT_NO_THROW(checkSendError(-1, 0));
-    EXPECT_NO_THROW(checkSendError(-1, 5));
-    errno = ECONNRESET;
-    EXPECT_THROW(checkSendError(-1, -1), SocketClosedException);
-    errno = EPIPE;
-    try {
-        checkSendError(-1, -1);
-        FAIL();
-    } catch (const SocketClosedException&) {
-        FAIL();
-    } catch (const SocketException& e) {
-        EXPECT_EQ(e.message, "send() error (" + std::to_string(EPIPE) + ")");
-    }
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ class ServerFixture : public testing::Test {
   protected:
     ServerFixture() {
         server.initListener("127.0.0.1", 0);
-        const std::string where = formatAddress(server.listeners.front());
+        const std::string where = server.listeners.front().address;
         port = std::stoi(where.substr(where.find(':') + 1));
     }
 
@@ -51,13 +51,13 @@ class ServerFixture : public testing::Test {
         test::ClientSocket client(port, receiveBuffer);
         const std::size_t before = server.clients.size();
         while (server.clients.size() == before) {
-            server.processListener(server.listeners.front());
+            server.processListener(server.listeners.front().sock);
         }
         return client;
     }
 
     /// The server's end of the connection that was made last.
-    int accepted() const { return server.clients.back(); }
+    int accepted() const { return server.clients.descriptors().back(); }
 
     TestServer server;
     int port = 0;

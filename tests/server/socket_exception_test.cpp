@@ -2,6 +2,8 @@
 
 #include <arpa/inet.h>
 
+#include <cerrno>
+
 #include "server/server_fixture.h"
 
 namespace corvane {
@@ -26,6 +28,14 @@ TEST_F(SocketExceptionTest, ShowsTheSameCodeForAResetOnEverySystem) {
     EXPECT_FALSE(reset.graceful);
 }
 
+TEST_F(SocketExceptionTest, NamesThePeerThatTheSystemHasForgotten) {
+    test::ClientSocket client = connect();
+    const std::string where = client.address();
+    client.reset();
+    const SocketClosedException reset(*server.clients.find(accepted()), false);
+    EXPECT_EQ(reset.message, "Socket " + where + " was closed by reset (54)");
+}
+
 TEST(BindException, NamesTheAddress) {
     in_addr ip{};
     ip.s_addr = htonl(0x7F000001);
@@ -42,6 +52,39 @@ TEST(SocketException, IsAFailureOfInputOrOutput) {
     } catch (const IOException& e) {
         EXPECT_EQ(e.message, "recv() error (9)");
         EXPECT_EQ(e.code, 9);
+    }
+}
+
+TEST(CheckRecvStatus, AcceptsBytes) { EXPECT_NO_THROW(checkRecvStatus(-1, 1)); }
+
+TEST(CheckRecvStatus, TellsTheKindsOfFailureApart) {
+    EXPECT_THROW(checkRecvStatus(-1, 0), SocketClosedException);
+    errno = ECONNRESET;
+    EXPECT_THROW(checkRecvStatus(-1, -1), SocketClosedException);
+    errno = ENOTCONN;
+    try {
+        checkRecvStatus(-1, -1);
+        FAIL();
+    } catch (const SocketClosedException&) {
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.code, ENOTCONN);
+    }
+}
+
+TEST(CheckSendError, TellsTheKindsOfFailureApart) {
+    EXPECT_NO_THROW(checkSendError(-1, 0));
+    EXPECT_NO_THROW(checkSendError(-1, 5));
+    errno = ECONNRESET;
+    EXPECT_THROW(checkSendError(-1, -1), SocketClosedException);
+    errno = EPIPE;
+    try {
+        checkSendError(-1, -1);
+        FAIL();
+    } catch (const SocketClosedException&) {
+        FAIL();
+    } catch (const SocketException& e) {
+        EXPECT_EQ(e.message, "send() error (" + std::to_string(EPIPE) + ")");
     }
 }
 

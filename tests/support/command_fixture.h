@@ -68,15 +68,14 @@ class CommandTest : public ::testing::Test {
         for (const int end : ends) {
             ::fcntl(end, F_SETFD, FD_CLOEXEC);
         }
-        serverEnd_ = FileDesc(ends[0]);
+        serverEnd_ = ends[0];
         clientEnd_ = FileDesc(ends[1]);
         sockaddr_in peer{};
         peer.sin_family = AF_INET;
         peer.sin_port = htons(4567);
         ::inet_pton(AF_INET, "10.1.2.3", &peer.sin_addr);
-        rememberPeer(serverEnd_, peer);
+        server.addClient(FileDesc(ends[0]), peer);
     }
-    ~CommandTest() override { forgetPeer(serverEnd_); }
 
     /// Sends a command with its parameter lines and returns the reply without its zero byte. The
     /// log holds the lines of this request only.
@@ -132,7 +131,7 @@ class CommandTest : public ::testing::Test {
         return ::recv(clientEnd_, &byte, 1, MSG_DONTWAIT | MSG_PEEK) > 0;
     }
 
-    FileDesc serverEnd_;
+    int serverEnd_ = -1;
     FileDesc clientEnd_;
 };
 
