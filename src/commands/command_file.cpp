@@ -67,7 +67,9 @@ bool CommandFile::write(std::string_view bytes) {
         }
         written_ += block.size();
         bytes.remove_prefix(block.size());
-        deliverPendingSignals();
+        if (!bytes.empty()) {
+            deliverPendingSignals();
+        }
     }
     return true;
 }

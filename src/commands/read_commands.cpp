@@ -80,7 +80,9 @@ std::size_t readEscaped(const CommandFile& file, const std::string& name, std::s
         text.clear();
         text.reserve(file.size() + file.size() / 16);
         while (true) {
-            const ssize_t count = interrupted() ? -1 : readSome(file.descriptor(), block);
+            // The only block of a short text costs no look at the signals.
+            const bool stopped = bytesRead != 0 && interrupted();
+            const ssize_t count = stopped ? -1 : readSome(file.descriptor(), block);
             if (count == -1) {
                 throw IOException(format("read error on file '%s'", name.c_str()), readFailed);
             }

@@ -1,15 +1,19 @@
 // Launching, with stand-ins for the desktop's opener and for programs.
 #include "launch/launcher.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <log4cpp/Category.hh>
 
 #include "fileutil/properties.h"
+#include "log/log.h"
 #include "support/child_reports.h"
 #include "support/command_fixture.h"
 #include "support/environment.h"
@@ -191,6 +195,27 @@ TEST_F(Launcher, ExecuteFailsForAnAddressThatTheOpenerRefuses) {
                      commandLine("ERROR", "execute",
                                  ": ERROR: 'LSOpenCFURLRef error for file 'http://server/' "
                                  "(4)'")}));
+}
+
+// The opener looks for the line itself.
+TEST_F(Launcher, ExecuteIsInTheLogBeforeAnythingStarts) {
+    const std::string name = scratch.file("log");
+    LogFile file("log", ::open(name.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    const std::string opener = scratch.file("bin/xdg-open",
+                                            "#!/bin/sh\n"
+                                            "while read -r line; do\n"
+                                            "  case $line in *'execute app'*) exit 0 ;; esac\n"
+                                            "done < '" +
+                                                name +
+                                                "'\n"
+                                                "exit 1\n");
+    ASSERT_EQ(::chmod(opener.c_str(), 0700), 0);
+    log4cpp::Category::getRoot().addAppender(file);
+    {
+        const LogBatch linesOfTheRequest;
+        EXPECT_EQ(ask("execute", "http://server/"), success("execute"));
+    }
+    log4cpp::Category::getRoot().removeAppender(&file);
 }
 
 TEST_F(Launcher, ExecuteFailsForAnAddressWithoutAnOpener) {
