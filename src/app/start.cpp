@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <log4cpp/Category.hh>
@@ -81,9 +80,7 @@ void enterWorkingDirectory(log4cpp::Category& log, const std::string& directory)
 }
 
 bool isCommand(const std::string& name) {
-    return name == "shutdown" ||
-           std::any_of(commandTable.begin(), commandTable.end(),
-                       [&name](const Command& command) { return command.name == name; });
+    return name == "shutdown" || findCommand(name) != nullptr;
 }
 
 // A misspelt name would otherwise show only when the command is refused.

@@ -3,9 +3,17 @@
 #include <algorithm>
 #include <log4cpp/Category.hh>
 
+#include "commands/command_syntax.h"
 #include "log/log.h"
 
 namespace corvane {
+
+static_assert(std::equal(commandTable.begin(), commandTable.end(), commandSyntax.begin(),
+                         commandSyntax.end(),
+                         [](const Command& row, const CommandSyntax& syntax) {
+                             return row.name == syntax.name;
+                         }),
+              "a command is missing in commandTable or in commandSyntax, or has another place");
 
 void CorvaneServer::processClientCommand(int sock, const std::string& cmd, std::istream& params) {
     static log4cpp::Category& log =

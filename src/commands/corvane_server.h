@@ -117,38 +117,35 @@ struct Command {
     std::string_view name;
     void (CorvaneServer::*handler)(int sock, const std::string& cmd, std::istream& params);
     Work work;
-    /// The parameter lines in order, separated by blanks; those in brackets may be left out.
-    std::string_view parameters;
     /// The last part of its log category.
     std::string_view category = name;
 };
 
-/// Every command but "shutdown", which the server itself handles.
+/// Every command but "shutdown", which the server itself handles. The parameters of each are in
+/// command_syntax.h.
 inline constexpr auto commandTable = std::to_array<Command>({
-    {"write", &CorvaneServer::cmdWrite, Work::Heavy, "file data"},
-    {"makeDir", &CorvaneServer::cmdMakeDir, Work::Heavy, "directory"},
-    {"regQueryValue", &CorvaneServer::cmdRegQueryValue, Work::Heavy, "root path name"},
-    {"delete", &CorvaneServer::cmdDelete, Work::Heavy, "path"},
-    {"execute", &CorvaneServer::cmdExecute, Work::Heavy, "target"},
-    {"copy", &CorvaneServer::cmdCopy, Work::Heavy,
-     "source destination [recursive] [include] [exclude]"},
-    {"rename", &CorvaneServer::cmdRename, Work::Heavy, "source destination"},
-    {"log", &CorvaneServer::cmdLog, Work::Light, "category priority message"},
-    {"readByte", &CorvaneServer::cmdReadByte, Work::Light, "file offset"},
-    {"readText", &CorvaneServer::cmdReadText, Work::Light, "file"},
-    {"listDir", &CorvaneServer::cmdListDir, Work::Light, "directory"},
-    {"userDir", &CorvaneServer::cmdUserDir, Work::Light, "[which]"},
-    {"currentDir", &CorvaneServer::cmdCurrentDir, Work::Light, ""},
-    {"tempDir", &CorvaneServer::cmdTempDir, Work::Light, ""},
-    {"regSetValue", &CorvaneServer::cmdRegSetValue, Work::Light, "root path name value"},
-    {"getWndRect", &CorvaneServer::cmdGetWndRect, Work::Heavy, "[window]"},
-    {"getScreenRect", &CorvaneServer::cmdGetScreenRect, Work::Heavy, "", "getScreenSize"},
-    {"setWndPos", &CorvaneServer::cmdSetWndPos, Work::Heavy,
-     "flags [x] [y] [width] [height] [window]"},
-    {"bringToFront", &CorvaneServer::cmdBringToFront, Work::Light, "window"},
-    {"listNet", &CorvaneServer::cmdListNet, Work::Light, "[group]"},
-    {"userName", &CorvaneServer::cmdUserName, Work::Light, ""},
-    {"clipboardGet", &CorvaneServer::cmdClipboardGet, Work::Light, ""},
+    {"write", &CorvaneServer::cmdWrite, Work::Heavy},
+    {"makeDir", &CorvaneServer::cmdMakeDir, Work::Heavy},
+    {"regQueryValue", &CorvaneServer::cmdRegQueryValue, Work::Heavy},
+    {"delete", &CorvaneServer::cmdDelete, Work::Heavy},
+    {"execute", &CorvaneServer::cmdExecute, Work::Heavy},
+    {"copy", &CorvaneServer::cmdCopy, Work::Heavy},
+    {"rename", &CorvaneServer::cmdRename, Work::Heavy},
+    {"log", &CorvaneServer::cmdLog, Work::Light},
+    {"readByte", &CorvaneServer::cmdReadByte, Work::Light},
+    {"readText", &CorvaneServer::cmdReadText, Work::Light},
+    {"listDir", &CorvaneServer::cmdListDir, Work::Light},
+    {"userDir", &CorvaneServer::cmdUserDir, Work::Light},
+    {"currentDir", &CorvaneServer::cmdCurrentDir, Work::Light},
+    {"tempDir", &CorvaneServer::cmdTempDir, Work::Light},
+    {"regSetValue", &CorvaneServer::cmdRegSetValue, Work::Light},
+    {"getWndRect", &CorvaneServer::cmdGetWndRect, Work::Heavy},
+    {"getScreenRect", &CorvaneServer::cmdGetScreenRect, Work::Heavy, "getScreenSize"},
+    {"setWndPos", &CorvaneServer::cmdSetWndPos, Work::Heavy},
+    {"bringToFront", &CorvaneServer::cmdBringToFront, Work::Light},
+    {"listNet", &CorvaneServer::cmdListNet, Work::Light},
+    {"userName", &CorvaneServer::cmdUserName, Work::Light},
+    {"clipboardGet", &CorvaneServer::cmdClipboardGet, Work::Light},
 });
 
 /// The row of a command; null for a name that is none. The comparison is exact.

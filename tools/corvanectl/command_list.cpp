@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "commands/corvane_server.h"
+#include "commands/command_syntax.h"
 #include "text/strings.h"
 
 namespace corvane::ctl {
@@ -12,12 +12,12 @@ namespace {
 
 constexpr std::string_view dataParameter = "data";
 
-// Names only: the handlers stay out of this program.
 constexpr auto commands = [] {
-    std::array<CommandUsage, commandTable.size() + 1> list{};
-    for (std::size_t i = 0; i < commandTable.size(); ++i) {
-        list[i] = {commandTable[i].name, commandTable[i].parameters};
-    }
+    std::array<CommandUsage, commandSyntax.size() + 1> list{};
+    std::transform(commandSyntax.begin(), commandSyntax.end(), list.begin(),
+                   [](const CommandSyntax& syntax) {
+                       return CommandUsage{syntax.name, syntax.parameters};
+                   });
     list.back() = {"shutdown", ""};
     return list;
 }();
