@@ -92,6 +92,14 @@ TEST_F(LimitsTest, RefuseCommandsThatAreNotInTheList) {
     expectService();
 }
 
+TEST_F(LimitsTest, RefuseEveryCommandWhenTheListHasNoName) {
+    start("COMMANDS= , \n");
+    ClientSocket client = server().connect();
+    EXPECT_EQ(client.request("userDir"), failedReply("userDir"));
+    EXPECT_EQ(client.request("shutdown"), failedReply("shutdown"));
+    EXPECT_TRUE(server().isRunning());
+}
+
 TEST_F(LimitsTest, AreReadOnceAtTheStart) {
     start("COMMANDS=currentDir\nMAXREQUEST=100\n");
     std::ofstream(server().directory() / "corvane.conf") << "COMMANDS=userDir\nMAXREQUEST=5\n";
