@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/fuzz_target.h"
 #include "reply/xml_escape.h"
 #include "reply/xml_writer.h"
-#include "fuzz/fuzz_target.h"
 
 namespace {
 
@@ -89,11 +89,31 @@ class Model {
     bool inTag_ = false;
 };
 
+// An attribute in each of the writer's three ways to write one.
+void attributeStep(unsigned way, const std::string& name, const std::string& value,
+                   XmlWriter& writer, Model& model) {
+    switch (way) {
+        case 0:
+            writer.attribute(name.c_str(), value.c_str());
+            model.attribute(name, value);
+            break;
+        case 1:
+            writer.attribute(name, value);
+            if (!value.empty()) {
+                model.attribute(name, value);
+            }
+            break;
+        default:
+            writer.attribute(name, static_cast<int>(name.size()));
+            model.attribute(name, std::to_string(name.size()));
+            break;
+    }
+}
+
 // One operation of the writer, chosen and fed by the input.
 void step(fuzz::Input& input, XmlWriter& writer, Model& model) {
     const unsigned operation = input.byte() % 10;
     const std::string a(input.field('\0'));
-    const std::string b(operation == 2 || operation == 3 ? input.field('\0') : "");
     switch (operation) {
         case 0:
             writer.startElement(a);
@@ -104,26 +124,16 @@ void step(fuzz::Input& input, XmlWriter& writer, Model& model) {
             model.end();
             break;
         case 2:
-            writer.attribute(a.c_str(), b.c_str());
-            model.attribute(a, b);
-            break;
         case 3:
-            writer.attribute(a, b);
-            if (!b.empty()) {
-                model.attribute(a, b);
-            }
+            attributeStep(operation - 2, a, std::string(input.field('\0')), writer, model);
             break;
         case 4:
-            writer.attribute(a, static_cast<int>(a.size()));
-            model.attribute(a, std::to_string(a.size()));
+            attributeStep(operation - 2, a, "", writer, model);
             break;
         case 5:
-            writer.text(a, true);
-            model.text(escaped(a));
-            break;
         case 6:
-            writer.text(a, false);
-            model.text(a);
+            writer.text(a, operation == 5);
+            model.text(operation == 5 ? escaped(a) : a);
             break;
         case 7:
             writer.escape(a.c_str());
