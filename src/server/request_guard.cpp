@@ -43,13 +43,13 @@ bool isHttpBeginning(std::string_view request) {
     });
 }
 
-bool isTlsGreeting(std::string_view request) {
+bool isTlsGreeting(std::string_view received) {
     constexpr std::string_view record = "\x16\x03";
     constexpr std::size_t lengthBytes = 2;
     constexpr std::string_view hello = "\x01\x03";
-    return startsWith(request, record) ||
-           (startsWith(request, "\x80") && request.size() > lengthBytes &&
-            startsWith(request.substr(lengthBytes), hello));
+    return startsWith(received, record) ||
+           (startsWith(received, "\x80") && received.size() > lengthBytes &&
+            startsWith(received.substr(lengthBytes), hello));
 }
 
 bool isStunMessage(std::string_view received) {

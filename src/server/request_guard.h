@@ -30,13 +30,15 @@ bool isHttpRequestLine(std::string_view line);
 /// No command has such a name, so nothing is lost by refusing it without a version, too.
 bool isHttpBeginning(std::string_view request);
 
-/// Whether a request begins like a TLS connection: a handshake record of SSL 3 or TLS, or the
-/// greeting in the form of SSL 2, behind which WebRTC hides a connection to a relay.
-bool isTlsGreeting(std::string_view request);
+// The next two are asked with all bytes received from the first one of a request on: their
+// terminator is among the first bytes that tell, so what was received behind it must be there, too.
 
-/// Whether the bytes received from the first one of a request on are a message of STUN, by which
-/// WebRTC speaks to relays and other browsers. It begins with zero bytes, which end an empty
-/// request: so `received` must have the terminator and what arrived with it. Ten bytes tell.
+/// Whether a request begins like a TLS connection: a handshake record of SSL 3 or TLS, or the
+/// greeting in the form of SSL 2 ("\x80", a length, "\x01\x03"), behind which WebRTC can hide.
+bool isTlsGreeting(std::string_view received);
+
+/// Whether it is a message of STUN, by which WebRTC speaks to relays and other browsers. Its first
+/// byte is 0 as a rule; ten bytes tell.
 bool isStunMessage(std::string_view received);
 
 }  // namespace corvane

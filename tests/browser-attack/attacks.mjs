@@ -28,3 +28,32 @@ export function imageAttack({port}) {
   image.src = `http://127.0.0.1:${port}/picture`;
   document.body.append(image);
 }
+
+/** Names a relay for calls: the browser speaks STUN to it. */
+export async function relayAttack({port}) {
+  const urls = `turn:127.0.0.1:${port}?transport=tcp`;
+  const call = new RTCPeerConnection({iceServers: [{urls, username: "any", credential: "any"}]});
+  call.createDataChannel("any");
+  await call.setLocalDescription(await call.createOffer());
+}
+
+/**
+ * Pretends that another browser waits at the port: this one speaks STUN to it, behind the length of
+ * each message, and with the protocol "ssltcp" behind a greeting in the form of SSL 2.
+ */
+export async function peerAttack({port, protocol = "tcp"}) {
+  const [call, other] = [new RTCPeerConnection(), new RTCPeerConnection()];
+  call.createDataChannel("any");
+  await call.setLocalDescription(await call.createOffer());
+  await other.setRemoteDescription(call.localDescription);
+  await other.setLocalDescription(await other.createAnswer());
+  const sdp = other.localDescription.sdp.replace(/a=candidate.*\r\n/g, "");
+  await call.setRemoteDescription({type: "answer", sdp});
+  const candidate = `candidate:1 1 ${protocol} 2105458943 127.0.0.1 ${port} typ host tcptype passive`;
+  await call.addIceCandidate({candidate, sdpMid: "0", sdpMLineIndex: 0});
+}
+
+/** Has the browser open a connection that it does not use. */
+export function preconnectAttack({port}) {
+  document.head.insertAdjacentHTML("beforeend", `<link rel="preconnect" href="http://localhost:${port}/">`);
+}

@@ -1,5 +1,6 @@
 // The keys that close the server further: time and size of a request, the list of commands; and the
 // memory that a request may need.
+#include <poll.h>
 #include <sys/resource.h>
 
 #include <cerrno>
@@ -69,6 +70,23 @@ TEST_F(LimitsTest, CloseAClientThatDoesNotReadItsReplyInTime) {
     const std::string received = client.untilEnd();
     EXPECT_LT(received.size(), size);
     EXPECT_EQ(received.find('\0'), std::string::npos);  // half a reply is all that it got
+}
+
+TEST_F(LimitsTest, CloseAClientThatReadsItsReplyTooSlowly) {
+    constexpr int smallBuffer = 65'536;
+    constexpr std::size_t size = 32'000'000;
+    constexpr int pauseInMilliseconds = 20;
+    start("REQUESTTIMEOUT=1\nlog4cpp.priority=INFO\n");
+    const std::string file = server().directory().file("large", std::string(size, 'x'));
+    ClientSocket client = server().connect(smallBuffer);
+    client.send("readText\n" + file + '\0');
+    std::size_t received = 0;
+    while (const std::size_t count = client.take(smallBuffer)) {
+        received += count;
+        ::poll(nullptr, 0, pauseInMilliseconds);  // such a client always makes some room
+    }
+    EXPECT_LT(received, size);
+    expectService();
 }
 
 TEST_F(LimitsTest, CloseAClientWhoseRequestIsTooLong) {

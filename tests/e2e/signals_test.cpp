@@ -1,5 +1,7 @@
 // Signals at random moments of a server under load, with every line logged: the handlers log and
 // close sockets, which must never hang in the logging library or the allocator.
+#include <poll.h>
+
 #include <algorithm>
 #include <atomic>
 #include <csignal>
@@ -107,6 +109,26 @@ TEST_F(SignalsTest, OfTerminationThatWereBlockedByTheParentStillArrive) {
         ::sigprocmask(SIG_BLOCK, &all, nullptr);
     }});
     server().signal(SIGTERM);
+    EXPECT_EQ(server().wait(), 0);
+}
+
+TEST_F(SignalsTest, OfChildrenThatAreStoppedDoNotHoldUpTheInactivityTime) {
+    constexpr int pauseInMilliseconds = 100;
+    constexpr int mostStops = 200;  // far more than fit into the inactivity time
+    startWith(
+        {.configuration = "INACTIVITY=2\n",
+         .files = {{"child", "#!/bin/sh\necho $$ > started\nmv started pid\nexec sleep 600\n"}}});
+    server().request("execute\n" + (server().directory() / "child"));
+    const std::string pidFile = server().directory() / "pid";
+    EXPECT_TRUE(waitUntil([&] { return !readFile(pidFile).empty(); }));
+    const auto child = static_cast<pid_t>(std::stol(readFile(pidFile)));
+    int stops = 0;
+    while (stops < mostStops && server().isRunning()) {
+        ::kill(child, ++stops % 2 == 0 ? SIGCONT : SIGSTOP);
+        ::poll(nullptr, 0, pauseInMilliseconds);
+    }
+    ::kill(child, SIGKILL);
+    EXPECT_LT(stops, mostStops);
     EXPECT_EQ(server().wait(), 0);
 }
 

@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <set>
@@ -59,10 +60,11 @@ class FullLogTest : public ServerTest {
   protected:
     static constexpr rlim_t full = 4096;  // bytes; the first lines of the start fit
 
-    /// A write beyond the limit fails, as on a full disk, and tells by no signal.
+    /// A write beyond the limit fails, as on a full disk, and its signal ends who does not ignore
+    /// it.
     static void limitFiles() {
         const rlimit limit{full, full};
-        static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+        static_cast<void>(std::signal(SIGXFSZ, SIG_DFL));
         ::setrlimit(RLIMIT_FSIZE, &limit);
     }
 };
@@ -94,7 +96,20 @@ class JumpingClockTest : public ServerTest {
     void startJumping(const std::string& configuration) {
         startWith({.files = {{"corvane.conf", "PORT=0\n" + configuration}},
                    .ownConfiguration = true,
-                   .prepare = [] { ::setenv("LD_PRELOAD", JUMPING_CLOCK, 1); }});
+                   .prepare = [] {
+                       ::setenv("LD_PRELOAD", JUMPING_CLOCK, 1);
+                       ::setenv("STEADY_CLOCK_AHEAD", "ahead", 1);
+                   }});
+    }
+    /// Has the steady clock be ahead by so many seconds, more than before.
+    void advanceSteadyClock(std::size_t seconds) const {
+        server().directory().file("ahead", std::string(seconds, '.'));
+    }
+    std::size_t count(const std::string& text) const {
+        const std::vector<std::string> lines = server().logLines();
+        return static_cast<std::size_t>(std::count_if(
+            lines.begin(), lines.end(),
+            [&text](const std::string& line) { return line.find(text) != std::string::npos; }));
     }
     /// The days of the lines of the log.
     std::set<std::string> days() const {
@@ -126,6 +141,25 @@ TEST_F(JumpingClockTest, NeitherHastensNorHoldsUpTheInactivityTime) {
     EXPECT_EQ(server().wait(), 0);
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
     EXPECT_GT(days().size(), 3U);
+}
+
+TEST_F(JumpingClockTest, LetsTheServerWarnOfBrowsersOnceAMinute) {
+    const std::string warning = "refused, not an application's request";
+    startJumping("");
+    const auto attack = [this] {
+        ClientSocket browser = server().connect();
+        browser.send("GET / HTTP/1.1\r\n");
+        browser.untilEnd();
+    };
+    for (const std::size_t seconds : {0U, 1U, 10U, 30U}) {
+        advanceSteadyClock(seconds);
+        attack();
+    }
+    EXPECT_EQ(count(warning), 1U);
+    advanceSteadyClock(61);
+    attack();
+    attack();
+    EXPECT_EQ(count(warning), 2U);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -130,16 +131,28 @@ std::string ClientSocket::untilEnd() {
     return std::exchange(received_, {});
 }
 
-bool ClientSocket::receiveMore() {
+bool ClientSocket::receiveMore() { return receive(block) > 0; }
+
+std::size_t ClientSocket::take(std::size_t most) {
+    if (received_.empty()) {
+        receive(most);
+    }
+    const std::size_t taken = std::min(most, received_.size());
+    received_.erase(0, taken);
+    return taken;
+}
+
+std::size_t ClientSocket::receive(std::size_t most) {
     if (!waitFor(number_, POLLIN, patienceInMilliseconds)) {
         throw std::runtime_error("nothing received for a long time");
     }
     static thread_local std::array<char, block> bytes;
-    const ssize_t count = ::recv(number_, bytes.data(), bytes.size(), 0);
+    const ssize_t count = ::recv(number_, bytes.data(), std::min(most, bytes.size()), 0);
     if (count > 0) {
         received_.append(bytes.data(), static_cast<std::size_t>(count));
+        return static_cast<std::size_t>(count);
     }
-    return count > 0;
+    return 0;
 }
 
 bool ClientSocket::wasReset() {

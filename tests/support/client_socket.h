@@ -34,6 +34,9 @@ class ClientSocket {
     std::string reply();
     /// Sends a request and its terminator, and returns the reply.
     std::string request(std::string_view text);
+    /// Takes at most `most` of the bytes that have arrived, after a wait for some; 0 at the end of
+    /// the connection.
+    std::size_t take(std::size_t most);
     /// Whether bytes, or the end of the connection, can be read within `milliseconds`.
     bool hasSomething(int milliseconds = 0) const;
     /// Everything up to the end of the connection, whether it was closed or reset.
@@ -54,6 +57,8 @@ class ClientSocket {
   private:
     /// Reads more into received_; false at the end of the connection.
     bool receiveMore();
+    /// The same for at most `most` bytes; returns how many came.
+    std::size_t receive(std::size_t most);
 
     int number_ = -1;
     std::string address_;

@@ -16,7 +16,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "support/proc_files.h"
+#include "support/process_status.h"
 #include "support/wait_until.h"
 
 namespace corvane::test {
@@ -144,7 +144,7 @@ void ServerProcess::signal(int number) const { ::kill(pid_, number); }
 
 void ServerProcess::suspend() const {
     signal(SIGSTOP);
-    if (!waitUntil([this] { return statFields(pid_).at(0) == "T"; })) {
+    if (!waitUntil([this] { return stateOf(pid_) == 'T'; })) {
         throw std::runtime_error("the server does not stop");
     }
 }
@@ -179,39 +179,14 @@ int ServerProcess::followDetached() {
 
 bool ServerProcess::findDetached() {
     const std::string commandLine = directory_ / "corvane" + '\0';
-    forEachProcess([&](pid_t pid) {
+    for (const pid_t pid : allProcesses()) {
         // The process in between, if it has not ended yet, leads the session.
-        if (procFile(pid, "cmdline") == commandLine && ::getsid(pid) != pid) {
+        if (commandLineOf(pid) == commandLine && ::getsid(pid) != pid) {
             pid_ = pid;
             ended_ = false;
         }
-    });
+    }
     return !ended_;
-}
-
-int ServerProcess::descriptors() const {
-    return static_cast<int>(namesIn("/proc/" + std::to_string(pid_) + "/fd").size());
-}
-
-bool ServerProcess::hasZombies() const {
-    bool found = false;
-    forEachProcess([&](pid_t pid) {
-        const std::vector<std::string> fields = statFields(pid);
-        found =
-            found || (fields.size() > 1 && fields[0] == "Z" && fields[1] == std::to_string(pid_));
-    });
-    return found;
-}
-
-long ServerProcess::processorTime() const {
-    const std::vector<std::string> fields = statFields(pid_);
-    return fields.size() < 13 ? 0 : std::stol(fields[11]) + std::stol(fields[12]);
-}
-
-long ServerProcess::residentMemory() const {
-    const std::string text = procFile(pid_, "status");
-    const std::size_t line = text.find("VmRSS:");
-    return line == std::string::npos ? 0 : std::stol(text.substr(line + 6));
 }
 
 std::string ServerProcess::sanitizerReport() const {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/client_socket.h"
+#include "support/process_status.h"
 #include "support/scratch_directory.h"
 
 namespace corvane::test {
@@ -71,14 +72,14 @@ class ServerProcess {
     int followDetached();
 
     /// Open descriptors now, and when the server began to serve.
-    int descriptors() const;
+    int descriptors() const { return descriptorsOf(pid_); }
     int descriptorsAtStart() const { return descriptorsAtStart_; }
     /// Whether a child of it has ended that it has not collected.
-    bool hasZombies() const;
+    bool hasZombies() const { return hasZombieChild(pid_); }
     /// User and system time in clock ticks.
-    long processorTime() const;
+    long processorTime() const { return processorTimeOf(pid_); }
     /// Resident memory in KiB.
-    long residentMemory() const;
+    long residentMemory() const { return residentMemoryOf(pid_); }
     /// What a sanitizer has reported; empty for nothing.
     std::string sanitizerReport() const;
 
