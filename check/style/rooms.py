@@ -26,6 +26,7 @@ ALLOWED = {
     "src/commands": COMMANDS,
     "src/app": COMMANDS | {"commands"},
     "src/cmdl": BASE,
+    "tools/cvnopen": set(),
     "tools/cvnwinfo": set(),
     # The list of commands is the server's own table; nothing else of the server is the client's.
     "tools/corvanectl": PLATFORM | {"cmdl", "commands"},
