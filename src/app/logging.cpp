@@ -13,6 +13,7 @@
 #include "fileutil/paths.h"
 #include "log/default_layout.h"
 #include "log/log.h"
+#include "log/log_file.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"

@@ -28,8 +28,8 @@ Server* server = nullptr;
 void term_signal(int sig) {
     const int savedErrno = errno;
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.signal.term");
+    requestStop();  // first, since a console that nobody reads would hold the line up
     log.debug("signal %d was received", sig);
-    requestStop();
     if (server != nullptr) {
         server->deinitServer();
     }

@@ -1,6 +1,6 @@
 // The signals that the server handles: termination, which stops it in an orderly way, and the end
 // of children. The handlers log and close sockets directly; that is safe because the signals are
-// blocked everywhere but in the server's waits (server/waiting.h).
+// blocked everywhere but in the server's waits (platform/waiting.h).
 #pragma once
 
 #include "server/server.h"

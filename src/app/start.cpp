@@ -17,7 +17,7 @@
 #include "commands/corvane_server.h"
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
-#include "log/log.h"
+#include "log/crash_flush.h"
 #include "platform/descriptor_limit.h"
 #include "platform/system.h"
 #include "text/exception.h"
@@ -130,7 +130,7 @@ int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
     const auto [settings, configurationFound] = initialiseOrExit(name);
     log4cpp::Category& log = log4cpp::Category::getInstance(productName);
     installSignalHandlers();
-    flushLogOnCrash();
+    flushLogOnFatalSignals();
     if (!configurationFound) {
         log.warn("Neither '%s' nor '%s' were found. using default values.", CONFIG_FILE,
                  OTHER_CONFIG_FILE);

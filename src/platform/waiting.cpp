@@ -77,6 +77,8 @@ void deliverSignalsOnlyInWaits() {
     signalsHeld = true;
 }
 
+bool signalsAreHeld() { return signalsHeld; }
+
 const sigset_t& heldSignals() {
     static const sigset_t signals = [] {
         sigset_t set;

@@ -1,7 +1,7 @@
 // The only places where signals reach the program: SIGTERM, SIGINT and SIGCHLD stay blocked while
 // it works, so that their handlers may log and close sockets directly without ever interrupting the
-// logging library or the allocator. Two waits are outside, and hold signals up: the look-up of a
-// host name at the start, and the second that an opener of addresses is given to fail.
+// logging library or the allocator. One wait is outside, and holds signals up: the look-up of a
+// host name at the start.
 #pragma once
 
 #include <signal.h>
@@ -23,6 +23,8 @@ void prepareToWait();
 /// the server's event queue.
 void deliverSignalsOnlyInWaits();
 
+bool signalsAreHeld();
+
 /// SIGTERM, SIGINT and SIGCHLD.
 const sigset_t& heldSignals();
 
@@ -35,8 +37,8 @@ bool deliverPendingSignals();
 void requestStop();
 bool stopRequested();
 
-/// Runs the handlers of signals that have arrived, and returns whether the program has to stop, with
-/// errno EINTR then: for loops that may last, once for each block. It costs one system call.
+/// Runs the handlers of signals that have arrived, and returns whether the program has to stop,
+/// with errno EINTR then: for loops that may last, once for each block. It costs one system call.
 bool interrupted();
 
 using Deadline = std::optional<std::chrono::steady_clock::time_point>;

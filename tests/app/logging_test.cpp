@@ -1,5 +1,6 @@
 #include "app/logging.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -150,6 +151,20 @@ TEST(GetLayout, KnowsTheTwoFixedLayoutsInThisSpelling) {
     auto* const layout = dynamic_cast<log4cpp::PatternLayout*>(pattern.get());
     ASSERT_NE(layout, nullptr);
     EXPECT_EQ(layout->getConversionPattern(), "Basic");
+}
+
+TEST_F(LoggingTest, HandsNoDescriptorOnToStartedPrograms) {
+    const int first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(first);
+    configure(true);
+    int logs = 0;
+    for (int fd = first; fd < first + 10; ++fd) {
+        if (const int flags = ::fcntl(fd, F_GETFD); flags != -1) {
+            EXPECT_NE(flags & FD_CLOEXEC, 0) << fd;
+            ++logs;
+        }
+    }
+    EXPECT_EQ(logs, 2);
 }
 
 }  // namespace

@@ -25,6 +25,18 @@ pid_t childThatEndsWith(int status) {
     return pid;
 }
 
+// Expects `work` to return true in a process of its own.
+template <typename Work>
+void inChild(Work work) {
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::_exit(work() ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(pid, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
 TEST(ChildSignal, CollectsEveryChildThatHasEnded) {
     childThatEndsWith(0);
     childThatEndsWith(3);
@@ -55,6 +67,38 @@ TEST(ChildSignal, LeavesTheErrorNumberAlone) {
     errno = EDOM;
     chld_signal(SIGCHLD);
     EXPECT_EQ(errno, EDOM);
+}
+
+struct sigaction actionOf(int sig) {
+    struct sigaction action {};
+    ::sigaction(sig, nullptr, &action);
+    return action;
+}
+
+TEST(InstalledHandlers, RunOneAfterTheOtherAndAreNotToldOfStoppedChildren) {
+    inChild([] {
+        installSignalHandlers();
+        bool right = true;
+        for (const int sig : {SIGTERM, SIGINT, SIGCHLD}) {
+            const struct sigaction action = actionOf(sig);
+            right = right && action.sa_handler == (sig == SIGCHLD ? chld_signal : term_signal) &&
+                    (action.sa_flags & SA_NOCLDSTOP) != 0 && (action.sa_flags & SA_RESTART) != 0;
+            for (const int other : {SIGTERM, SIGINT, SIGCHLD}) {
+                right = right && sigismember(&action.sa_mask, other) == 1;
+            }
+        }
+        return right;
+    });
+}
+
+TEST(InstalledHandlers, IgnoreSignalsThatAnErrorCodeReplaces) {
+    inChild([] {
+        for (const int sig : {SIGPIPE, SIGXFSZ}) {
+            static_cast<void>(::signal(sig, SIG_DFL));
+        }
+        installSignalHandlers();
+        return actionOf(SIGPIPE).sa_handler == SIG_IGN && actionOf(SIGXFSZ).sa_handler == SIG_IGN;
+    });
 }
 
 TEST(TerminationSignal, ClosesTheServersSockets) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "log/log.h"
+#include "log/log_file.h"
 
 namespace corvane::fuzz {
 

@@ -1,0 +1,37 @@
+// Lines of clients under categories that they name themselves.
+#include "log/external_log.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <log4cpp/Category.hh>
+
+#include "support/log_capture.h"
+
+namespace corvane {
+namespace {
+
+std::size_t categories() {
+    std::vector<log4cpp::Category*>* all = log4cpp::Category::getCurrentCategories();
+    const std::size_t count = all->size();
+    delete all;
+    return count;
+}
+
+// Each category stays for the life of the process, so that this one fills the room for all.
+TEST(ExternalLog, MakesABoundedNumberOfCategoriesAlsoForNamesWithDots) {
+    const test::LogCapture log;
+    const std::size_t before = categories();
+    writeExternalLine("game", "", "text");
+    EXPECT_EQ(log.lines().back(), "INFO ext.log.game text");
+    for (int i = 0; i < 2'000; ++i) {
+        writeExternalLine("a" + std::to_string(i) + ".b.c.d.e.f.g.h.i.j", "", "text");
+    }
+    EXPECT_EQ(log.lines().back(), "INFO ext.log text");
+    EXPECT_LE(categories() - before, 10'002U);
+    writeExternalLine("game", "ERROR", "still known");
+    EXPECT_EQ(log.lines().back(), "ERROR ext.log.game still known");
+}
+
+}  // namespace
+}  // namespace corvane
