@@ -94,9 +94,7 @@ bool writeWhileAllowed(int fd, std::string_view bytes) {
         const ssize_t written = ::write(fd, bytes.data(), bytes.size());
         if (written > 0) {
             bytes.remove_prefix(static_cast<std::size_t>(written));
-        } else if (written == 0 || (errno != EINTR && errno != EAGAIN)) {
-            return false;
-        } else if (stopRequested()) {
+        } else if (written == 0 || (errno != EINTR && errno != EAGAIN) || stopRequested()) {
             return false;
         } else if (errno == EAGAIN) {
             waitForRoom(fd);
