@@ -49,7 +49,7 @@ class EventQueue {
     int wait(std::optional<std::chrono::milliseconds> limit, std::vector<SocketEvent>& events);
 
   private:
-    int queue_ = -1;
+    [[maybe_unused]] int queue_ = -1;  // none in a build without a queue
     // On Linux, a descriptor that can be read while a signal is pending.
     [[maybe_unused]] int signals_ = -1;
     // On macOS, the signals themselves, and whether one was told of that is not pending yet.

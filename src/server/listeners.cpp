@@ -65,24 +65,20 @@ void configure(int sock) {
 
 bool isLoopback(const in_addr& ip) { return (ntohl(ip.s_addr) >> 24) == 127; }
 
-}  // namespace
-
-void Server::initListener(const std::string& address, int port) {
+log4cpp::Category& initLog() {
     static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.init");
-    log.debug("Creating socket...");
-    FileDesc sock(::socket(AF_INET, SOCK_STREAM, 0));
-    if (sock == -1 || sock >= FD_SETSIZE) {
-        throw SocketException("Create socket error", sock == -1 ? errno : EMFILE);
-    }
-    configure(sock);
+    return log;
+}
 
+// Returns the address that the socket is bound to.
+in_addr bindTo(int sock, const std::string& address, int port) {
     sockaddr_in local{};
     local.sin_family = AF_INET;
     local.sin_addr = resolve(address);
     local.sin_port = htons(static_cast<in_port_t>(port));
-    if (log.isDebugEnabled()) {
-        log.debug("Binding socket to %s (%s)...", formatAddress(local).c_str(),
-                  address.c_str());
+    if (initLog().isDebugEnabled()) {
+        initLog().debug("Binding socket to %s (%s)...", formatAddress(local).c_str(),
+                        address.c_str());
     }
     if (port < 0 || port > largestPort) {
         throw BindException(local.sin_addr, port, EINVAL);
@@ -93,22 +89,35 @@ void Server::initListener(const std::string& address, int port) {
     if (::bind(sock, reinterpret_cast<sockaddr*>(&local), sizeof local) != 0) {
         throw BindException(local.sin_addr, port, errno);
     }
-    if (isLoopback(local.sin_addr)) {
+    return local.sin_addr;
+}
+
+}  // namespace
+
+void Server::initListener(const std::string& address, int port) {
+    initLog().debug("Creating socket...");
+    FileDesc sock(::socket(AF_INET, SOCK_STREAM, 0));
+    if (sock == -1 || sock >= FD_SETSIZE) {
+        throw SocketException("Create socket error", sock == -1 ? errno : EMFILE);
+    }
+    configure(sock);
+    const in_addr ip = bindTo(sock, address, port);
+    if (isLoopback(ip)) {
         platform::simplifyCongestionControl(sock);
     }
-    log.debug("Listening with backlog %d...", backlog);
+    initLog().debug("Listening with backlog %d...", backlog);
     if (::listen(sock, backlog) != 0) {
         throw SocketException("Listen exception", errno);
     }
     watch_.open();
     watch_.watch(sock);
-    listeners.push_back({std::move(sock), ""});
-    Listener& listener = listeners.back();
-    listener.address = formatAddress(listener.sock);
-    log.notice("Listening on %s", listener.address.c_str());
-    if (!isLoopback(local.sin_addr)) {
-        log.warn("%s is not a loopback address: everyone who can reach it can use this server",
-                 listener.address.c_str());
+    const std::string where = formatAddress(sock);
+    listeners.push_back({std::move(sock), where});
+    initLog().notice("Listening on %s", where.c_str());
+    if (!isLoopback(ip)) {
+        initLog().warn(
+            "%s is not a loopback address: everyone who can reach it can use this server",
+            where.c_str());
     }
 }
 

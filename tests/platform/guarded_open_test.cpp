@@ -72,7 +72,7 @@ TEST_F(GuardedOpen, StopsWaitingForALeaseWhenTheProgramHasToStop) {
     EXPECT_EXIT(
         {
             requestStop();
-            std::exit(errorOfOpening(path, O_RDONLY));
+            ::_exit(errorOfOpening(path, O_RDONLY));
         },
         testing::ExitedWithCode(EINTR), "");
 }
