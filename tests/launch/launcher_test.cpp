@@ -13,7 +13,7 @@
 #include <log4cpp/Category.hh>
 
 #include "fileutil/properties.h"
-#include "log/log.h"
+#include "log/log_file.h"
 #include "support/child_reports.h"
 #include "support/command_fixture.h"
 #include "support/environment.h"
