@@ -14,8 +14,9 @@ namespace {
 
 constexpr const char* USAGE =
     "usage: load requests|churn|launch|startup --port N (--text TEXT | --file FILE)\n"
-    "            [--terminator BYTE] [--expect TEXT] [--connections N] [--requests N] [--warmup "
+    "            [--terminator BYTE] [--expect TEXT] [--connections N] [--silent N] [--requests "
     "N]\n"
+    "            [--warmup N]\n"
     "            [--remove FILE] [--fifo FILE] [-- COMMAND...]\n";
 
 Workload workloadFrom(const Arguments& arguments) {
@@ -28,6 +29,7 @@ Workload workloadFrom(const Arguments& arguments) {
     load.expected = arguments.text("expect", "");
     load.remove = arguments.text("remove", "");
     load.connections = arguments.number("connections", 1);
+    load.silent = arguments.number("silent", 0);
     load.requests = arguments.number("requests", 1);
     load.warmup = arguments.number("warmup", 0);
     return load;

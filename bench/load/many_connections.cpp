@@ -21,10 +21,10 @@ struct Client {
 /// Opens the connections. Each makes one request at once, so that the server has accepted it
 /// before the next one: otherwise the listener's queue would overflow and connects would be
 /// delayed.
-std::vector<Client> openClients(const Workload& load, ReplyReader& reader) {
+std::vector<Client> openClients(const Workload& load, int count, ReplyReader& reader) {
     std::vector<Client> clients;
-    clients.reserve(static_cast<std::size_t>(load.connections));
-    for (int i = 0; i < load.connections; ++i) {
+    clients.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
         Client client{connectTo(load.port)};
         setNoDelay(client.connection.get());
         sendAll(client.connection.get(), load.request);
@@ -106,7 +106,8 @@ class Run {
 
 Measurement runManyConnections(const Workload& load) {
     ReplyReader reader(load.terminator, load.expected);
-    std::vector<Client> clients = openClients(load, reader);
+    const std::vector<Client> silent = openClients(load, load.silent, reader);
+    std::vector<Client> clients = openClients(load, load.connections, reader);
     return Run(load, reader).drive(clients);
 }
 

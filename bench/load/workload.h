@@ -16,6 +16,7 @@ struct Workload {
     std::string expected;    // text that every reply must contain
     std::string remove;      // file that is removed before each request of one connection
     int connections = 1;
+    int silent = 0;    // further connections, which only make one request before the others begin
     int requests = 1;  // measured ones
     int warmup = 0;    // sent before them and not counted
 };

@@ -52,16 +52,14 @@ std::vector<int> Connections::descriptors() const {
 }
 
 void Connections::markReadable(Connection& connection) {
-    const auto place =
-        std::lower_bound(readable_.begin(), readable_.end(), &connection, isEarlier);
+    const auto place = std::lower_bound(readable_.begin(), readable_.end(), &connection, isEarlier);
     if (place == readable_.end() || *place != &connection) {
         readable_.insert(place, &connection);
     }
 }
 
 void Connections::markDrained(const Connection& connection) {
-    const auto place =
-        std::lower_bound(readable_.begin(), readable_.end(), &connection, isEarlier);
+    const auto place = std::lower_bound(readable_.begin(), readable_.end(), &connection, isEarlier);
     if (place != readable_.end() && *place == &connection) {
         readable_.erase(place);
     }

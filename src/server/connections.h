@@ -34,9 +34,7 @@ class Connections {
     void markDrained(const Connection& connection);
     bool anyReadable() const { return !readable_.empty(); }
     /// Of the readable ones the one that was accepted first, or null.
-    Connection* firstReadable() const {
-        return readable_.empty() ? nullptr : readable_.front();
-    }
+    Connection* firstReadable() const { return readable_.empty() ? nullptr : readable_.front(); }
 
   private:
     std::vector<std::unique_ptr<Connection>> bySock_;

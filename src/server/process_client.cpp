@@ -9,10 +9,10 @@
 #include <log4cpp/Category.hh>
 #include <new>
 
+#include "log/log.h"
 #include "server/request_guard.h"
 #include "server/server.h"
 #include "server/socket_exception.h"
-#include "log/log.h"
 
 namespace corvane {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <optional>
 
-#include "launch/movie_size.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/scratch.h"
+#include "launch/movie_size.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "commands/wndutil.h"
-#include "platform/file_desc.h"
 #include "fuzz/fuzz_target.h"
+#include "platform/file_desc.h"
 #include "text/exception.h"
 #include "text/strings.h"
 

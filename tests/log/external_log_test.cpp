@@ -7,6 +7,7 @@
 #include <log4cpp/Category.hh>
 
 #include "support/log_capture.h"
+#include "text/strings.h"
 
 namespace corvane {
 namespace {
@@ -25,7 +26,7 @@ TEST(ExternalLog, MakesABoundedNumberOfCategoriesAlsoForNamesWithDots) {
     writeExternalLine("game", "", "text");
     EXPECT_EQ(log.lines().back(), "INFO ext.log.game text");
     for (int i = 0; i < 2'000; ++i) {
-        writeExternalLine("a" + std::to_string(i) + ".b.c.d.e.f.g.h.i.j", "", "text");
+        writeExternalLine(format("a%d.b.c.d.e.f.g.h.i.j", i), "", "text");
     }
     EXPECT_EQ(log.lines().back(), "INFO ext.log text");
     EXPECT_LE(categories() - before, 10'002U);

@@ -1,5 +1,5 @@
-// The commands that can be sent, with the names of their parameters: those of the server's table, and
-// "shutdown", which the server handles outside of it.
+// The commands that can be sent, with the names of their parameters: those of the server's table,
+// and "shutdown", which the server handles outside of it.
 #pragma once
 
 #include <cstddef>

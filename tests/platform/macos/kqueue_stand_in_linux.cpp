@@ -1,5 +1,3 @@
-#include "platform/macos/kqueue_stand_in.h"
-
 #include <signal.h>
 #include <sys/epoll.h>
 #include <sys/event.h>
@@ -14,6 +12,8 @@
 #include <map>
 #include <string>
 #include <utility>
+
+#include "platform/macos/kqueue_stand_in.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 // The part of macOS's <sys/event.h> that this program uses, for tests on Linux: there
-// kqueue_stand_in_linux.cpp stands in for the kernel. Values, types and signatures are those of macOS.
+// kqueue_stand_in_linux.cpp stands in for the kernel. Values, types and signatures are those of
+// macOS.
 #pragma once
 
 #include <sys/types.h>
