@@ -40,12 +40,12 @@ void CorvaneServer::sendFatalError(int sock, const std::string& cmd) {
 void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,
                                std::optional<int> errnoValue,
                                std::span<const CorvaneDetail> details, std::string_view hint) {
+    const ReplyDocument::ClearAtEnd cleared(reply_);
     reply_.begin(action, ok, errnoValue, hint);
     for (const CorvaneDetail& detail : details) {
         reply_.append(detail);
     }
     sendTerminated(sock, reply_.finish());
-    reply_.clear();
 }
 
 void CorvaneServer::sendResult(int sock, const std::string& action, bool ok,

@@ -33,6 +33,20 @@ class ReplyDocument {
     /// Empties the document and gives the memory of a large one back.
     void clear();
 
+    /// Does it at the end of a scope, however that is left.
+    class ClearAtEnd {
+      public:
+        explicit ClearAtEnd(ReplyDocument& document) : document_(document) {}
+        ~ClearAtEnd() { document_.clear(); }
+        ClearAtEnd(const ClearAtEnd&) = delete;
+        ClearAtEnd& operator=(const ClearAtEnd&) = delete;
+        ClearAtEnd(ClearAtEnd&&) = delete;
+        ClearAtEnd& operator=(ClearAtEnd&&) = delete;
+
+      private:
+        ReplyDocument& document_;
+    };
+
   private:
     /// Appends texts as they are.
     template <typename... Text>

@@ -144,13 +144,17 @@ void Server::accept(Listener& listener) {
     } else if (isShortage(error)) {
         pauseListeners();
     }
-    if (error != 0) {
-        log.warn("accept error %d on socket %s", error, listener.address.c_str());
-        return;
+    const Connection* client = nullptr;
+    try {
+        client = error == 0 ? &addClient(std::move(sock), peer) : nullptr;
+    } catch (const std::bad_alloc&) {
+        error = ENOMEM;
+        pauseListeners();
     }
-    const Connection& client = addClient(std::move(sock), peer);
-    if (isLogged(log4cpp::Priority::INFO)) {
-        log.info("accepted connection from %s", client.address().c_str());
+    if (client == nullptr) {
+        log.warn("accept error %d on socket %s", error, listener.address.c_str());
+    } else if (isLogged(log4cpp::Priority::INFO)) {
+        log.info("accepted connection from %s", client->address().c_str());
     }
 }
 

@@ -60,8 +60,16 @@ bool Server::processClient(int sock) {
 Server::Next Server::serve(Connection& client) {
     const LogBatch linesOfOneRequest;
     client.borrow(input_);
-    const Next next = serveAndRecover(client);
-    settle(client);
+    Next next = serveAndRecover(client);
+    try {
+        settle(client);
+    } catch (const IOException& e) {
+        // There is no memory for what is unread.
+        if (closeFailed(client, e.what()) == Next::Stop) {
+            next = Next::Stop;
+        }
+        settle(client);
+    }
     return next;
 }
 
@@ -80,7 +88,9 @@ Server::Next Server::serveAndRecover(Connection& client) {
     } catch (const Exception& e) {
         return closeFailed(client, e.what());
     } catch (const std::bad_alloc&) {
-        // The request, or what it asked for, is too large for this machine; others may not be.
+        // The request, or what it asked for, is too large for this machine; others may not be. It
+        // is dropped before anything else, which needs memory too.
+        client.dropInput();
         return closeFailed(client, IOException("not enough memory", ENOMEM).what());
     }
 }
@@ -116,7 +126,13 @@ Server::Next Server::serveRequest(Connection& client) {
 // Leaves the client ready for its next turn: whether it is still readable, and with no more memory
 // than it needs.
 void Server::settle(Connection& client) {
+    if (client.descriptor() == -1) {
+        client.consume(client.unread().size());
+    }
     client.putBack(input_);
+    if (client.unread().size() > smallRest || input_.capacity() > largeSize) {
+        expectFreedMemory();
+    }
     if (client.descriptor() == -1 || !client.isDrained()) {
         return;
     }
@@ -138,7 +154,7 @@ Server::Next Server::closeFinished(Connection& client, bool graceful) {
 }
 
 Server::Next Server::closeFailed(Connection& client, const char* reason) {
-    client.dropInput();  // before anything else: it may be what the memory is short for
+    client.dropInput();
     expectFreedMemory();
     clientLog().info("Closing client %s because it has caused exception: %s",
                      client.address().c_str(), reason);

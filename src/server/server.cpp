@@ -10,6 +10,9 @@
 
 namespace corvane {
 
+// Closing a client must not need memory, which may be what is short.
+Server::Server() { closed_.reserve(FD_SETSIZE); }
+
 Server::~Server() {
     try {
         deinitServer();

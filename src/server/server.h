@@ -29,7 +29,7 @@ namespace corvane {
 
 class Server {
   public:
-    Server() = default;
+    Server();
     virtual ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
@@ -176,6 +176,8 @@ class Server {
 
     /// The memory of a request or reply of more bytes is given back some time after it.
     static constexpr std::size_t largeSize = std::size_t{256} * 1024;
+    /// Unread bytes of many clients that are more than this each are worth giving back, too.
+    static constexpr std::size_t smallRest = std::size_t{4} * 1024;
 
     SocketWatch watch_;
     /// What clients' requests are received into, one client at a time.

@@ -151,6 +151,10 @@ TEST_F(LimitsTest, OfMemoryCostAClientItsConnectionAndNothingElse) {
             hasClosed(client.address(), "not enough memory (" + std::to_string(ENOMEM) + ")"));
         expectService();
     }
+    ClientSocket gone = server().connect();
+    gone.trySend("unknown\n" + std::string(120U << 20U, 'x'));  // once more would be too much
+    gone.close();
+    expectService();
     for (const std::size_t size : {70U << 20U, 50U << 20U}) {
         ClientSocket page = server().connect();
         page.trySend("GET /" + std::string(size, 'x') + " HTTP/1.1\r\n");
