@@ -39,13 +39,20 @@ class Sink {
   public:
     Sink(int fd, Durability durability) : fd_(fd), durability_(durability) {}
 
+    // Asked when there is a further block, never after the last one: a copy that is complete stays.
+    // False with errno.
+    bool mayGoOn() const { return !isBegun_ || !interrupted(); }
+
     // Takes note of bytes that the kernel has put there. False with errno.
     bool took(std::size_t count) {
+        isBegun_ = true;
         pending_ += count;
-        return !interrupted() && (pending_ < step || toDisk());
+        return pending_ < step || toDisk();
     }
 
-    bool write(std::string_view bytes) { return writeAll(fd_, bytes) && took(bytes.size()); }
+    bool write(std::string_view bytes) {
+        return mayGoOn() && writeAll(fd_, bytes) && took(bytes.size());
+    }
 
     bool toDisk() {
         pending_ = 0;
@@ -55,13 +62,17 @@ class Sink {
   private:
     int fd_;
     Durability durability_;
+    bool isBegun_ = false;
     std::size_t pending_ = 0;
 };
 
-// Lets the kernel copy as much as it will. What it leaves, also after an error, is the loop's: that
+// Lets the kernel copy up to `size` bytes. What it leaves, also after an error, is the loop's: that
 // tells whether reading or writing fails. False with errno when the copy must not go on.
-bool copyByKernel(int from, int to, Sink& sink) {
-    while (true) {
+bool copyByKernel(int from, int to, off_t size, Sink& sink) {
+    for (off_t copied = 0; copied < size;) {
+        if (!sink.mayGoOn()) {
+            return false;
+        }
         const ssize_t count = platform::copyInKernel(from, to, step);
         if (count <= 0) {
             return true;
@@ -69,7 +80,9 @@ bool copyByKernel(int from, int to, Sink& sink) {
         if (!sink.took(static_cast<std::size_t>(count))) {
             return false;
         }
+        copied += count;
     }
+    return true;
 }
 
 Outcome copyByLoop(int from, Sink& sink) {
@@ -91,7 +104,7 @@ Outcome copyAll(const OpenedFile& from, const OpenedFile& to, const FilePlace& d
     const bool isRegular = S_ISREG(to.info.st_mode);
     if (isRegular && from.info.st_size > kernelCopyPays) {
         flushLog();
-        if (!copyByKernel(from.fd, to.fd, sink)) {
+        if (!copyByKernel(from.fd, to.fd, from.info.st_size, sink)) {
             return Outcome::WriteFailed;
         }
     }
@@ -149,6 +162,9 @@ OpenedFile openSource(const FilePlace& src) {
 }
 
 OpenedFile openTarget(const FilePlace& dst, Target target) {
+    if (interrupted()) {
+        throw fileError("open dst", dst.path, EINTR);
+    }
     OpenedFile file = openGuarded(dst.directory, dst.name, O_WRONLY | O_CREAT, newFileMode);
     if (file.fd == -1) {
         throw fileError("open dst", dst.path, errno);
@@ -194,7 +210,8 @@ bool directoryToDisk(const std::string& localPath) {
     const std::string parent = path.substr(0, path.rfind(SEPARATOR_DIR) + 1);
     const FileDesc directory =
         openDirectory(parent.empty() ? DIR_THIS : parent, DirectoryAccess::Read);
-    return directory == -1 ? errno == EACCES : platform::syncToDisk(directory) == 0;
+    return directory == -1 ? errno == EACCES || errno == EPERM
+                           : platform::syncToDisk(directory) == 0;
 }
 
 void copyFileToOrInto(const FilePlace& src, FilePlace dst) {

@@ -21,7 +21,8 @@ enum class Target {
     RegularFile,  ///< anything else is refused with "open dst file '%s' error" (EINVAL)
 };
 
-/// Opens or creates a file to write to it, without emptying it.
+/// Opens or creates a file to write to it, without emptying it. Throws "open dst file '%s' error";
+/// with EINTR, and nothing touched, when the program has to stop.
 OpenedFile openTarget(const FilePlace& dst, Target target);
 
 bool isSameFile(const struct stat& a, const struct stat& b);
@@ -34,7 +35,7 @@ enum class Durability {
 
 /// Copies the contents of a file and closes the target, which is removed after a failure; `dst` is
 /// a path when they have to be on the disk. Throws "read src file '%s' error" and "write dst file
-/// '%s' error", the latter with EINTR when the program has to stop.
+/// '%s' error", the latter with EINTR when the program has to stop and there is a further block.
 void copyContents(const OpenedFile& from, OpenedFile to, const FilePlace& src, const FilePlace& dst,
                   Durability durability);
 

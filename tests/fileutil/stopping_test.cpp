@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <utility>
 
+#include "fileutil/copy_file.h"
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
 #include "platform/waiting.h"
@@ -26,6 +28,9 @@ namespace fs = std::filesystem;
 using test::thrownBy;
 using test::withCode;
 
+constexpr std::size_t severalBlocks = 40'000'000;
+constexpr std::size_t lessThanABlockOfTheKernel = 100'000;
+
 class Stopping : public testing::Test {
   protected:
     Stopping() {
@@ -41,27 +46,70 @@ class Stopping : public testing::Test {
         return scratch / "many";
     }
 
-    // The message of what is done while the program has to stop.
-    void expectEnd(const std::function<void()>& work, const std::string& message) {
+    // Does the work in a process of its own.
+    static void expectThrown(const std::function<void()>& work, const std::string& message) {
         const auto end = [&] {
-            requestStop();
             const std::string thrown = thrownBy<IOException>(work);
             std::fputs(thrown.c_str(), stderr);
-            std::exit(thrown == withCode(message, EINTR) ? 0 : 1);
+            std::exit(thrown == message ? 0 : 1);
         };
         EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    }
+
+    // The message of what is done while the program has to stop.
+    static void expectEnd(const std::function<void()>& work, const std::string& message) {
+        expectThrown(
+            [&] {
+                requestStop();
+                work();
+            },
+            withCode(message, EINTR));
+    }
+
+    // Copies to a new file; the program has to stop once that is open.
+    void copyAndStop(const std::string& src, Durability durability) const {
+        const FilePlace from = placeOf(src);
+        const FilePlace to = placeOf(scratch / "new");
+        const OpenedFile source = openSource(from);
+        OpenedFile target = openTarget(to, Target::RegularFile);
+        requestStop();
+        copyContents(source, std::move(target), from, to, durability);
     }
 
     test::ScratchDirectory scratch;
 };
 
 TEST_F(Stopping, EndsACopyAndRemovesThePartialTarget) {
+    const std::string src = scratch.file("large", "text");
+    fs::resize_file(src, severalBlocks);
+    for (const Durability durability : {Durability::Handed, Durability::OnDisk}) {
+        expectThrown([&] { copyAndStop(src, durability); },
+                     withCode("write dst file '" + (scratch / "new") + "' error", EINTR));
+        EXPECT_FALSE(fs::exists(scratch / "new"));
+    }
+    EXPECT_EQ(fs::file_size(src), severalBlocks);
+}
+
+TEST_F(Stopping, LeavesACopyThatNeedsNoFurtherBlock) {
+    for (const std::size_t size : {std::size_t{4}, lessThanABlockOfTheKernel}) {
+        const std::string text(size, 'x');
+        const std::string src = scratch.file("src/b", text);
+        for (const Durability durability : {Durability::Handed, Durability::OnDisk}) {
+            expectThrown([&] { copyAndStop(src, durability); }, "nothing was thrown");
+            EXPECT_TRUE(fs::exists(scratch / "new") && test::readFile(scratch / "new") == text);
+            fs::remove(scratch / "new");
+        }
+    }
+}
+
+TEST_F(Stopping, EndsACopyBeforeItsTargetIsTouched) {
     const std::string src = scratch / "src/a";
-    expectEnd([&] { copyFile(src, scratch / "new"); },
-              "write dst file '" + (scratch / "new") + "' error");
-    EXPECT_FALSE(fs::exists(scratch / "new"));
-    expectEnd([&] { renameFile(src, scratch / "new"); },
-              "write dst file '" + (scratch / "new") + "' error");
+    const std::string dst = scratch.file("dst/old", "longer text");
+    for (const std::string& target : {dst, scratch / "new"}) {
+        expectEnd([&] { copyFile(src, target); }, "open dst file '" + target + "' error");
+        expectEnd([&] { renameFile(src, target); }, "open dst file '" + target + "' error");
+    }
+    EXPECT_EQ(test::treeAt(scratch / "dst"), (test::Tree{{"old", "file:longer text"}}));
     EXPECT_FALSE(fs::exists(scratch / "new"));
     EXPECT_EQ(test::readFile(src), "text");
 }
