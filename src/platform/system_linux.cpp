@@ -45,7 +45,12 @@ ssize_t copyInKernel(int from, int to, std::size_t count) {
     return ::copy_file_range(from, nullptr, to, nullptr, count, 0);
 }
 
-int syncToDisk(int fd) { return ::fsync(fd) == 0 || errno == EINVAL || errno == EROFS ? 0 : -1; }
+int syncToDisk(int fd) {
+    if (::fsync(fd) == 0) {
+        return 0;
+    }
+    return errno == EINVAL || errno == ENOTSUP || errno == ENOSYS || errno == EROFS ? 0 : -1;
+}
 
 std::int64_t coarseMilliseconds() {
     timespec now{};

@@ -57,7 +57,7 @@ int syncToDisk(int fd) {
     if (::fcntl(fd, F_FULLFSYNC) == 0 || ::fsync(fd) == 0) {
         return 0;
     }
-    return errno == EINVAL || errno == ENOTSUP || errno == EROFS ? 0 : -1;
+    return errno == EINVAL || errno == ENOTSUP || errno == ENOSYS || errno == EROFS ? 0 : -1;
 }
 
 std::int64_t coarseMilliseconds() {

@@ -20,6 +20,7 @@ namespace {
 
 /// A directory that cannot be opened, as on a system that wants it to be readable for that.
 std::string closedDirectory;
+int closedWith = EACCES;
 
 /// The entries that the next directories show before an error; negative for all.
 int entriesLeft = -1;
@@ -31,7 +32,7 @@ int entriesLeft = -1;
 extern "C" int open(const char* path, int flags, ...) {
     static const auto next = reinterpret_cast<decltype(&open)>(::dlsym(RTLD_NEXT, "open"));
     if (!corvane::closedDirectory.empty() && path == corvane::closedDirectory) {
-        errno = EACCES;
+        errno = corvane::closedWith;
         return -1;
     }
     va_list arguments;
@@ -99,7 +100,10 @@ TEST_F(UnreadableRest, EndsACopyAndARemoval) {
 class ClosedDirectory : public testing::Test {
   protected:
     ClosedDirectory() { closedDirectory = scratch.directory("dst") + "/"; }
-    ~ClosedDirectory() override { closedDirectory.clear(); }
+    ~ClosedDirectory() override {
+        closedDirectory.clear();
+        closedWith = EACCES;
+    }
 
     test::ScratchDirectory scratch;
 };
@@ -109,6 +113,17 @@ TEST_F(ClosedDirectory, IsCopiedIntoByThePathsOfItsEntries) {
     scratch.file("src/sub/deep/b", "2");
     copyDirectory(scratch / "src", scratch / "dst", nullptr);
     EXPECT_EQ(test::treeAt(scratch / "dst"), test::treeAt(scratch / "src"));
+}
+
+TEST_F(ClosedDirectory, TakesWhatIsMovedThere) {
+    for (const int error : {EACCES, EPERM}) {
+        closedWith = error;
+        const std::string src = scratch.file("src", "data");
+        EXPECT_EQ(test::thrownBy([&] { renameFile(src, scratch / "dst/new"); }),
+                  "nothing was thrown");
+        EXPECT_FALSE(std::filesystem::exists(src)) << error;
+    }
+    EXPECT_EQ(test::treeAt(scratch / "dst"), (test::Tree{{"new", "file:data"}}));
 }
 
 TEST_F(ClosedDirectory, IsNotCopiedIntoFromAbove) {
