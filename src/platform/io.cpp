@@ -58,7 +58,11 @@ ssize_t readAll(int fd, std::span<char> room) {
 bool writeAll(int fd, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(fd, bytes.data(), bytes.size());
-        if (written >= 0) {
+        if (written == 0) {  // by a driver; trying again could go on for ever
+            errno = EIO;
+            return false;
+        }
+        if (written > 0) {
             bytes.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EAGAIN) {
             if (!waitForRoom(fd)) {

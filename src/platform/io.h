@@ -19,7 +19,7 @@ ssize_t readAll(int fd, std::span<char> room);
 
 /// Writes all bytes. Where a descriptor opened without waiting takes no more, it waits until it
 /// does, with signals let in. Returns false with errno; EINTR when the program has to stop
-/// meanwhile.
+/// meanwhile, EIO for a device that takes nothing without an error.
 bool writeAll(int fd, std::string_view bytes);
 
 /// For a device opened without waiting, after its last byte: a driver may drop what is under way
