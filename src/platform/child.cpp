@@ -115,7 +115,12 @@ void Child::signalGroup() const {
 }
 
 const std::string& Child::whole(std::optional<OutputPipe>& pipe, const Deadline& deadline) const {
-    pipe->drainToEnd(deadline);
+    try {
+        pipe->drainToEnd(deadline);
+    } catch (...) {
+        signalGroup();
+        throw;
+    }
     if (!pipe->atEnd()) {
         signalGroup();
     }

@@ -66,7 +66,8 @@ class Child {
     int waitError() const { return waitError_; }
 
     /// All that it wrote, also after its end by others that it has started: these are killed when
-    /// they are not at their end at the deadline or when the program has to stop.
+    /// they are not at their end at the deadline or when the program has to stop. Throws what
+    /// OutputPipe::drain() throws, and kills them before.
     const std::string& wholeOutput(const Deadline& deadline) { return whole(output_, deadline); }
     const std::string& wholeErrors(const Deadline& deadline) { return whole(errors_, deadline); }
 

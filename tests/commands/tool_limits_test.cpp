@@ -55,6 +55,20 @@ TEST_F(ToolLimits, KillsWhatTheToolHasStartedAtTheTimeout) {
     EXPECT_EQ(::poll(&end, 1, 10'000), 1) << "something still runs";
 }
 
+TEST_F(ToolLimits, KillsWhatTheToolHasStartedWhenThatPrintsTooMuch) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe(ends.data()), 0);  // open as long as one of the processes lives
+    const FileDesc readEnd(ends[0]);
+    FileDesc writeEnd(ends[1]);
+    // It prints once the tool has ended and its status has been collected.
+    tool("(while kill -0 $$; do :; done 2> /dev/null; head -c 70000 /dev/zero; read line < '" +
+         silentPipe() + "') &");
+    EXPECT_EQ(runFailing(), "Program has written more than 65536 bytes");
+    writeEnd.close();
+    pollfd end{readEnd, POLLHUP, 0};
+    EXPECT_EQ(::poll(&end, 1, 10'000), 1) << "something still runs";
+}
+
 TEST_F(ToolLimits, KillsAToolThatHangsAtTheTimeout) {
     tool("printf 'so far' >&2\nread line < '" + silentPipe() + "'");
     wndutil::setToolTimeout(1);
