@@ -45,6 +45,7 @@ std::vector<int> Connections::descriptors() const {
     }
     std::sort(inOrder.begin(), inOrder.end(), isEarlier);
     std::vector<int> socks;
+    socks.reserve(inOrder.size());
     for (const Connection* connection : inOrder) {
         socks.push_back(connection->sock());
     }

@@ -20,7 +20,8 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (what != "address") {
-        std::fputs("usage: cvnopen address TEXT | cvnopen document PATH\n", stderr);
+        static_cast<void>(
+            std::fputs("usage: cvnopen address TEXT | cvnopen document PATH\n", stderr));
         return 2;
     }
     const std::optional<std::int32_t> status = corvane::cvnopen::openAddress(argv[2]);
