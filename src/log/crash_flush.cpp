@@ -2,25 +2,28 @@
 
 #include <signal.h>
 
-#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
 
 #include "log/log.h"
+#include "platform/system.h"
 #include "platform/waiting.h"
 
 namespace corvane {
 namespace {
 
-// Their default is to do nothing, to stop or to go on, or they cannot be handled. One that does
-// nothing on some systems only may be missing: its handler then flushes once, and that is all.
-constexpr std::array harmless = {SIGCHLD, SIGCONT, SIGURG,  SIGWINCH, SIGTSTP,
-                                 SIGTTIN, SIGTTOU, SIGKILL, SIGSTOP};
-
 void writeAndEnd(int sig) {
+    const int savedErrno = errno;
+    const bool stopping = stopRequested();
     requestStop();  // an unread console must not hold the end up
     flushLog();
     static_cast<void>(::raise(sig));  // SA_RESETHAND restored the default action
+    // The first process of a container, for one, survives that and goes on.
+    if (!stopping) {
+        withdrawStop();
+    }
+    errno = savedErrno;
 }
 
 // An overflow of the stack leaves no room for the handler.
@@ -42,10 +45,11 @@ void flushLogOnFatalSignals() {
     provideStack();
     for (int sig = 1; sig < NSIG; ++sig) {
         struct sigaction current {};
-        if (std::find(harmless.begin(), harmless.end(), sig) == harmless.end() &&
-            ::sigaction(sig, nullptr, &current) == 0 && current.sa_handler == SIG_DFL) {
+        if (platform::endsProcessByDefault(sig) && ::sigaction(sig, nullptr, &current) == 0 &&
+            current.sa_handler == SIG_DFL) {
             struct sigaction action {};
             action.sa_handler = writeAndEnd;
+            action.sa_mask = heldSignals();  // a stop that others ask for is not taken back
             // Unsigned on Linux.
             action.sa_flags = static_cast<int>(SA_RESETHAND | SA_NODEFER | SA_ONSTACK);
             ::sigaction(sig, &action, nullptr);

@@ -46,6 +46,9 @@ void keepFreedMemory();
 /// Gives the freed memory back to the system.
 void returnFreedMemory();
 
+/// Whether a process that does nothing about a signal ends by it.
+bool endsProcessByDefault(int sig);
+
 /// The open(2) flag for a directory whose entries are only reached by name.
 int searchFlag();
 

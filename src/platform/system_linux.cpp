@@ -1,11 +1,14 @@
 #include <fcntl.h>
 #include <malloc.h>
 #include <netinet/tcp.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -64,6 +67,12 @@ void keepFreedMemory() {
 }
 
 void returnFreedMemory() { static_cast<void>(::malloc_trim(0)); }
+
+bool endsProcessByDefault(int sig) {
+    constexpr std::array others = {SIGCHLD, SIGCONT, SIGURG,  SIGWINCH,
+                                   SIGTSTP, SIGTTIN, SIGTTOU, SIGSTOP};
+    return std::find(others.begin(), others.end(), sig) == others.end();
+}
 
 int searchFlag() { return O_PATH; }
 

@@ -1,11 +1,13 @@
 #include <fcntl.h>
 #include <malloc/malloc.h>
+#include <signal.h>
 #include <sys/param.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -68,6 +70,12 @@ std::int64_t coarseMilliseconds() {
 void keepFreedMemory() {}  // the system's allocator decides
 
 void returnFreedMemory() { static_cast<void>(::malloc_zone_pressure_relief(nullptr, 0)); }
+
+bool endsProcessByDefault(int sig) {
+    constexpr std::array others = {SIGCHLD, SIGCONT, SIGURG,  SIGWINCH, SIGTSTP,
+                                   SIGTTIN, SIGTTOU, SIGSTOP, SIGINFO,  SIGIO};
+    return std::find(others.begin(), others.end(), sig) == others.end();
+}
 
 // O_SEARCH: O_EXEC, which the headers of SDKs before macOS 13 do not name, and O_DIRECTORY (xnu
 // bsd/sys/fcntl.h). Older kernels do not heed the first, so that reading must be permitted there.

@@ -106,6 +106,8 @@ bool deliverPendingSignals() {
 
 void requestStop() { stopWanted = 1; }
 
+void withdrawStop() { stopWanted = 0; }
+
 bool stopRequested() { return stopWanted != 0; }
 
 bool interrupted() {

@@ -35,6 +35,8 @@ bool deliverPendingSignals();
 /// Notes that a termination signal has arrived, for work that waits on something else than the
 /// server's sockets.
 void requestStop();
+/// Takes that back.
+void withdrawStop();
 bool stopRequested();
 
 /// Runs the handlers of signals that have arrived, and returns whether the program has to stop,

@@ -8,6 +8,7 @@
 
 #include <csignal>
 
+#include "platform/waiting.h"
 #include "support/log_file_fixture.h"
 #include "support/sanitized.h"
 
@@ -98,6 +99,32 @@ TEST_F(CrashFlush, LeavesAloneWhatDoesNotEndTheProcess) {
             }
         }
         ::_exit(0);
+    });
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(CrashFlush, LeavesNoStopBehindWhereTheProcessSurvives) {
+    const int status = statusAfter([](auto logLine) {
+        logLine();
+        struct sigaction action {};
+        ::sigaction(SIGUSR1, nullptr, &action);
+        static_cast<void>(::signal(SIGUSR1, SIG_IGN));  // as for the first process of a container
+        action.sa_handler(SIGUSR1);
+        ::_exit(stopRequested() ? 1 : 0);
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(written(), "INFO    : last words\n");
+}
+
+TEST_F(CrashFlush, KeepsAStopThatWasAskedForBefore) {
+    const int status = statusAfter([](auto logLine) {
+        logLine();
+        requestStop();
+        struct sigaction action {};
+        ::sigaction(SIGUSR1, nullptr, &action);
+        static_cast<void>(::signal(SIGUSR1, SIG_IGN));
+        action.sa_handler(SIGUSR1);
+        ::_exit(stopRequested() ? 0 : 1);
     });
     EXPECT_EQ(status, 0);
 }

@@ -178,5 +178,14 @@ TEST_F(TemporaryDirectory, IsTheCommonOneWhenTheEnvironmentNamesNone) {
     }
 }
 
+TEST(FatalSignals, AreThoseThatEndAProcessWhichDoesNothingAboutThem) {
+    for (const int sig : {SIGCHLD, SIGCONT, SIGURG, SIGWINCH, SIGTSTP, SIGTTIN, SIGTTOU, SIGSTOP}) {
+        EXPECT_FALSE(platform::endsProcessByDefault(sig)) << sig;
+    }
+    for (const int sig : {SIGTERM, SIGINT, SIGHUP, SIGSEGV, SIGPIPE, SIGIO, SIGPWR, SIGKILL}) {
+        EXPECT_TRUE(platform::endsProcessByDefault(sig)) << sig;
+    }
+}
+
 }  // namespace
 }  // namespace corvane
