@@ -1,5 +1,3 @@
-#include "platform/guarded_open.h"
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
@@ -7,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include "platform/guarded_open.h"
 #include "platform/waiting.h"
 #include "support/lease.h"
 #include "support/scratch_directory.h"
