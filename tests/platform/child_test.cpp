@@ -24,7 +24,10 @@ using Lines = std::vector<std::string>;
 
 bool hasChildren() { return ::waitpid(-1, nullptr, WNOHANG) != -1; }
 
-int exitStatus(const Child& child) { return WEXITSTATUS(*child.status()); }
+int exitStatus(const Child& child) {
+    const int status = child.status().value();
+    return WEXITSTATUS(status);
+}
 
 std::vector<std::string> shell(const std::string& script) { return {"sh", "-c", script}; }
 

@@ -1,11 +1,10 @@
 // Files that another program holds a lease on, as a file server does for its clients: they are
 // waited for, like any program that opens them would.
-#include "support/lease.h"
-
 #include <gtest/gtest.h>
 
 #include "fileutil/file_operations.h"
 #include "fileutil/properties.h"
+#include "support/lease.h"
 #include "support/scratch_directory.h"
 
 namespace corvane {
