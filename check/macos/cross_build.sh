@@ -70,13 +70,13 @@ build_libraries() {
     compile "$directory" install
 }
 
-# Everything that a user's build makes, tests included, configured as script/server does it, but
-# optimised less, which saves half of the time. Functions that nothing uses stay in: what they call
-# must exist on macOS like the rest.
+# Everything that a user's build makes, with the tests unless $tests is OFF, configured as
+# script/server does it, but optimised less, which saves half of the time. Functions that nothing uses
+# stay in: what they call must exist on macOS like the rest.
 build_project() {
     local arch=$1
     (cd "$root" && configure "$build/$arch" "$arch" --preset release \
-        -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
+        -DCORVANE_TESTS="${tests:-ON}" -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
         -DCMAKE_EXE_LINKER_FLAGS="-Wl,--no-gc-sections $link_log4cpp")
     compile "$build/$arch" all
 }
