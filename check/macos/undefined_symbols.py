@@ -79,11 +79,15 @@ class MachO:
 
 
 def known_symbols():
-    """A function that tells whether system_symbols.txt has a name."""
-    names = [line for line in KNOWN.read_text().split("\n") if line and not line.startswith("#")]
+    """A function that tells whether system_symbols.txt has a name for a machine."""
+    lines = [line for line in KNOWN.read_text().split("\n") if line and not line.startswith("#")]
+    only = {machine: {name for each, _, name in (line.partition(" ") for line in lines)
+                      if each == machine} for machine in MACHINES.values()}
+    names = [line for line in lines if " " not in line]
     plain = set(names)
     patterns = [name for name in names if "*" in name]
-    return lambda name: name in plain or any(fnmatch.fnmatchcase(name, each) for each in patterns)
+    return lambda name, machine: name in plain or name in only[machine] or \
+        any(fnmatch.fnmatchcase(name, each) for each in patterns)
 
 
 def judge(path, tolerated, known):
@@ -95,7 +99,7 @@ def judge(path, tolerated, known):
           f"library{', and:' if others else ''}")
     errors = [f"{name}: not known to be in the C library of macOS "
               f"{'.'.join(map(str, OLDEST[program.machine]))}, see {KNOWN.name}"
-              for name in sorted(system) if not known(name)]
+              for name in sorted(system) if not known(name, program.machine)]
     for name, library in sorted(others):
         print(f"  {name} ({pathlib.Path(library).name or 'no library'})")
         framework = library.startswith(FRAMEWORKS) and pathlib.Path(path).name == FRAMEWORK_PROGRAM
@@ -116,7 +120,7 @@ def main():
     arguments = parser.parse_args()
     known = known_symbols()
     results = [judge(path, arguments.tolerate, known) for path in arguments.executables]
-    results += [judge(path, arguments.tolerate, lambda name: True) for path in arguments.tests]
+    results += [judge(path, arguments.tolerate, lambda name, machine: True) for path in arguments.tests]
     return 0 if all(results) else 1
 
 
