@@ -108,7 +108,7 @@ async function guardHolds(browser, pages) {
   // Any application that disconnects would stop this server; a web page must not.
   await withServer("guarded", ["SHUTDOWNONDISCONNECT=1"], async (server, application, directory) => {
     const requests = [fetchAttack, formAttack, imageAttack].map((run) => ({name: run.name, run}));
-    for (const {name, run, protocol} of requests) {
+    for (const {name, run, protocol} of [...requests, ...CALLS]) {
       const file = join(directory, name);
       const refused = server.log().split("Closing socket").length;
       await attack(browser, pages, run, {port: server.port, file, protocol}, async () => {
