@@ -1,6 +1,5 @@
 // The server at rest after its work: little memory, no wake-ups.
 #include <string>
-#include <vector>
 
 #include "e2e/server_test.h"
 #include "support/sanitized.h"
@@ -41,30 +40,6 @@ TEST_F(RestTest, FollowsALargeRequestBetweenSmallOnesWithItsMemoryGivenBack) {
         EXPECT_FALSE(client.reply().empty());
     }
     EXPECT_TRUE(waitUntil([&] { return server().residentMemory() < before + little; }));
-}
-
-TEST_F(RestTest, FollowsManyClientsThatSendAheadWithTheirMemoryGivenBack) {
-    if (isSanitized) {
-        GTEST_SKIP() << "sanitizers keep what is freed for a while";
-    }
-    constexpr int many = 400;
-    constexpr long little = 4L * 1024;  // KiB
-    start("log4cpp.priority=NOTICE\n");
-    ClientSocket first = server().connect();
-    first.request("currentDir");
-    const long before = server().residentMemory();
-    std::string requests;
-    for (int i = 0; i < 2000; ++i) {
-        requests += std::string("tempDir\0", 8);
-    }
-    std::vector<ClientSocket> clients;
-    for (int i = 0; i < many; ++i) {
-        clients.push_back(server().connect());
-        clients.back().send(requests);
-    }
-    clients.clear();
-    EXPECT_TRUE(waitUntil([&] { return server().residentMemory() < before + little; }));
-    EXPECT_FALSE(first.request("currentDir").empty());
 }
 
 TEST_F(RestTest, IsUndisturbedAfterACommandThatChangesFiles) {
