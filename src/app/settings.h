@@ -20,7 +20,7 @@ inline constexpr const char* OTHER_CONFIG_FILE = "corvane.cfg";
 /// none; that is no failure.
 bool loadConfiguration(Properties& store, const std::string& directory);
 
-/// The keys of the logging set-up, which needs them before all others can be complained about.
+/// The keys of the logging set-up, which gets the whole store (see app/logging.h).
 struct LogSettings {
     explicit LogSettings(const Properties& store);
 

@@ -38,8 +38,13 @@ class RoomsTest(Tree):
         self.put("src/server/a.cpp", '#include "server/a.h"', '#include "log/log.h"', '#include "fileutil/paths.h"')
         self.put("tools/corvanectl/b.cpp", '#include "server/server.h"')
         self.assertEqual(list(rooms.wrong_includes(self.root)),
-                         ["src/server/a.cpp:3: src/server may not include fileutil/",
-                          "tools/corvanectl/b.cpp:1: tools/corvanectl may not include server/"])
+                         ["src/server/a.cpp:3: src/server may not include fileutil/paths.h",
+                          "tools/corvanectl/b.cpp:1: tools/corvanectl may not include server/server.h"])
+
+    def test_include_of_the_one_header_that_is_allowed(self):
+        self.put("tools/corvanectl/a.cpp", '#include "commands/command_syntax.h"', '#include "commands/wndutil.h"')
+        self.assertEqual(list(rooms.wrong_includes(self.root)),
+                         ["tools/corvanectl/a.cpp:2: tools/corvanectl may not include commands/wndutil.h"])
 
     def test_system_outside_platform(self):
         for condition in ("#ifdef __APPLE__", "#if defined(__linux__)", "#elif !defined(_WIN32)"):
