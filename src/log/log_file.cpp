@@ -54,8 +54,10 @@ void LogFile::write(std::string_view text) const noexcept {
 
 void LogFile::flush() noexcept {
     if (pendingSize_ != 0) {
+        const int savedErrno = errno;
         write({pending_.get(), pendingSize_});
         pendingSize_ = 0;
+        errno = savedErrno;
     }
 }
 
@@ -81,13 +83,11 @@ LogBatch::~LogBatch() {
 }
 
 void flushLog() noexcept {
-    const int savedErrno = errno;
     for (LogFile* log : openLogs) {
         if (log != nullptr) {
             log->flush();
         }
     }
-    errno = savedErrno;
 }
 
 }  // namespace corvane

@@ -27,12 +27,15 @@ void SocketWatch::watch(int sock) {
 }
 
 void SocketWatch::unwatch(int sock) {
-    if (!FD_ISSET(sock, &watched_)) {
-        return;
+    if (FD_ISSET(sock, &watched_)) {
+        forget(sock);
+        queue_.unwatch(sock);
     }
+}
+
+void SocketWatch::forget(int sock) {
     FD_CLR(sock, &watched_);
     std::erase(unqueued_, sock);
-    queue_.unwatch(sock);
 }
 
 void SocketWatch::rearm(int sock) {

@@ -25,8 +25,10 @@ class SocketWatch {
     /// From now on the socket is listed once each time that something arrives in it, and by the
     /// next wait if something is there already.
     void watch(int sock);
-    /// Lists it no more. To be called before the socket is closed.
+    /// Lists it no more.
     void unwatch(int sock);
+    /// The same, to be called just before the socket is closed, which takes it out of the queue.
+    void forget(int sock);
     /// Has a watched socket listed again by the next wait if something is left in it. Without the
     /// queue that goes without saying.
     void rearm(int sock);

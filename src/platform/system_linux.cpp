@@ -77,9 +77,14 @@ bool endsProcessByDefault(int sig) {
 int searchFlag() { return O_PATH; }
 
 std::string currentDirectory(std::size_t room) {
-    std::string path(room, '\0');
-    path.resize(::getcwd(path.data(), path.size()) == nullptr ? 0 : std::strlen(path.data()));
-    return path;
+    std::array<char, PATH_MAX> path;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    const char* const found = ::getcwd(path.data(), std::min(room, path.size()));
+    if (found == nullptr) {
+        return "";
+    }
+    std::string directory(found, std::strlen(found) + 1);
+    directory.pop_back();  // leaves room for a slash, so that it is allocated once
+    return directory;
 }
 
 std::string temporaryDirectory() {

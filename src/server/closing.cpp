@@ -39,13 +39,13 @@ void Server::closeSocket(int sock, bool graceful) {
 // at work when a termination signal closes everything.
 int Server::closeNow(int sock) {
     if (std::unique_ptr<Connection> client = clients.remove(sock)) {
-        watch_.unwatch(sock);
+        watch_.forget(sock);
         const int error = client->close();
         closed_.push_back(std::move(client));
         return error;
     }
     if (Listener* const listener = findListener(sock); listener != nullptr) {
-        watch_.unwatch(sock);
+        watch_.forget(sock);
         const int error = listener->sock.close() == 0 ? 0 : errno;
         listeners.erase(listeners.begin() + (listener - listeners.data()));
         return error;

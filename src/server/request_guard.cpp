@@ -23,8 +23,11 @@ ForeignRequest::ForeignRequest(std::string_view firstLine)
 bool isHttpRequestLine(std::string_view line) {
     constexpr std::string_view protocol = "HTTP/";
     const std::size_t methodEnd = line.find(' ');
+    if (methodEnd == std::string_view::npos || methodEnd == 0) {
+        return false;
+    }
     const std::size_t versionStart = line.rfind(' ') + 1;
-    if (methodEnd == std::string_view::npos || methodEnd == 0 || versionStart <= methodEnd + 1) {
+    if (versionStart <= methodEnd + 1) {
         return false;
     }
     const std::string_view method = line.substr(0, methodEnd);
@@ -38,9 +41,11 @@ bool isHttpBeginning(std::string_view request) {
     // RFC 9110, 9.3, and RFC 5789.
     constexpr std::array<std::string_view, 9> methods = {
         "GET", "HEAD", "POST", "PUT", "DELETE", "CONNECT", "OPTIONS", "TRACE", "PATCH"};
-    return std::any_of(methods.begin(), methods.end(), [request](std::string_view method) {
-        return startsWith(request, method) && startsWith(request.substr(method.size()), " /");
-    });
+    constexpr std::string_view behind = " /";
+    constexpr std::size_t longest = std::string_view("CONNECT /").size();
+    const std::size_t end = request.substr(0, longest).find(behind);
+    return end != std::string_view::npos &&
+           std::find(methods.begin(), methods.end(), request.substr(0, end)) != methods.end();
 }
 
 bool isTlsGreeting(std::string_view received) {

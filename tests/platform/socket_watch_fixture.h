@@ -84,8 +84,9 @@ class SocketWatchFixture : public testing::TestWithParam<bool> {
         return readable;
     }
 
+    /// To be called before the socket is closed.
     void forget(int sock) {
-        sockets.unwatch(sock);
+        sockets.forget(sock);
         readable.erase(sock);
         needRearm.erase(sock);
     }

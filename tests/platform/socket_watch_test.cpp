@@ -112,7 +112,9 @@ TEST_P(SocketWatchTest, ListsASocketOnlyWhileItIsWatched) {
     client().send("x");
     ASSERT_TRUE(willBeReadable(sock));
     forget(sock);
-    forget(sock);
+    sockets.watch(sock);
+    sockets.unwatch(sock);
+    sockets.unwatch(sock);
     EXPECT_EQ(found(), Sockets());
     sockets.rearm(sock);
     EXPECT_EQ(found(), Sockets());
