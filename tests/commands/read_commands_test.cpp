@@ -16,11 +16,8 @@ namespace {
 using test::commandLine;
 using test::failure;
 using test::success;
+using test::textDetail;
 using test::valueDetail;
-
-std::string textDetail(const std::string& text) {
-    return "<Detail id=\"text\" extra=\"\">" + text + "</Detail>";
-}
 
 class ReadCommands : public test::CommandTest {
   protected:

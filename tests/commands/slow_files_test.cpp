@@ -21,10 +21,7 @@ namespace corvane {
 namespace {
 
 using test::success;
-
-std::string textDetail(const std::string& text) {
-    return "<Detail id=\"text\" extra=\"\">" + text + "</Detail>";
-}
+using test::textDetail;
 
 class SlowFile : public test::CommandTest {};
 

@@ -14,10 +14,8 @@ using test::thrownBy;
 
 std::string rectangle(const std::string& x, const std::string& y, const std::string& width,
                       const std::string& height) {
-    const auto detail = [](const std::string& id, const std::string& value) {
-        return "<Detail id=\"" + id + "\" extra=\"\" Value=\"" + value + "\" />";
-    };
-    return detail("x", x) + detail("y", y) + detail("width", width) + detail("height", height);
+    return test::detail("x", x) + test::detail("y", y) + test::detail("width", width) +
+           test::detail("height", height);
 }
 
 class WindowCommands : public test::WindowToolTest {

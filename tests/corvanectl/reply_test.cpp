@@ -2,31 +2,32 @@
 
 #include <gtest/gtest.h>
 
+#include "support/reply.h"
 #include "text/exception.h"
 
 namespace corvane::ctl {
 namespace {
 
-std::string replyWith(const std::string& attributes, const std::string& details) {
-    return R"(<CorvaneMsg><Header id="info" Type="RESULT" Action="x" Result=)" + attributes + ">" +
-           details + "</Header></CorvaneMsg>";
-}
+using test::failure;
+using test::replyText;
+using test::success;
+using test::textDetail;
 
 TEST(ParseReply, TellsSuccessFromFailure) {
-    EXPECT_TRUE(parseReply(replyWith("\"SUCCESS\"", "")).ok);
-    EXPECT_FALSE(parseReply(replyWith("\"FAILED\"", "")).ok);
+    EXPECT_TRUE(parseReply(success("x")).ok);
+    EXPECT_FALSE(parseReply(failure("x")).ok);
 }
 
 TEST(ParseReply, ReadsErrnoAndHint) {
-    const Reply reply = parseReply(replyWith(R"("FAILED" errno="2" hint="a/b:c")", ""));
+    const Reply reply = parseReply(replyText("x", "FAILED", R"( errno="2" hint="a/b:c")", ""));
     EXPECT_EQ(reply.errnoValue, 2);
     EXPECT_EQ(reply.hint, "a/b:c");
-    EXPECT_FALSE(parseReply(replyWith("\"FAILED\"", "")).errnoValue.has_value());
+    EXPECT_FALSE(parseReply(failure("x")).errnoValue.has_value());
 }
 
 TEST(ParseReply, ReadsEveryAttributeOfADetail) {
-    const Reply reply = parseReply(replyWith(
-        "\"SUCCESS\"", R"(<Detail id="file" extra="rh" date="today" size="7" Value="name" />)"));
+    const Reply reply = parseReply(
+        success("x", R"(<Detail id="file" extra="rh" date="today" size="7" Value="name" />)"));
     ASSERT_EQ(reply.details.size(), 1U);
     const ReplyDetail& detail = reply.details[0];
     EXPECT_EQ(detail.id, "file");
@@ -38,8 +39,7 @@ TEST(ParseReply, ReadsEveryAttributeOfADetail) {
 }
 
 TEST(ParseReply, UnescapesElementText) {
-    const Reply reply = parseReply(
-        replyWith("\"SUCCESS\"", R"(<Detail id="text" extra="">a&lt;b&gt;&amp;lt;</Detail>)"));
+    const Reply reply = parseReply(success("x", textDetail("a&lt;b&gt;&amp;lt;")));
     ASSERT_EQ(reply.details.size(), 1U);
     EXPECT_TRUE(reply.details[0].isText);
     EXPECT_EQ(reply.details[0].value, "a<b>&lt;");
@@ -47,7 +47,7 @@ TEST(ParseReply, UnescapesElementText) {
 
 TEST(ParseReply, KeepsMarkupInNamesAsItIs) {
     const Reply reply =
-        parseReply(replyWith(R"("SUCCESS" hint="/a"><b/")",
+        parseReply(replyText("x", "SUCCESS", R"( hint="/a"><b/")",
                              R"(<Detail id="file" extra="" size="0" Value="a" /><&amp;.txt" />)"
                              R"(<Detail id="file" extra="" size="0" Value="b" />)"));
     EXPECT_EQ(reply.hint, "/a\"><b/");
@@ -59,13 +59,13 @@ TEST(ParseReply, KeepsMarkupInNamesAsItIs) {
 TEST(ParseReply, KeepsTheEndsOwnTextInAHint) {
     const std::string end = "\"></Header></CorvaneMsg>";
     for (const std::string& hint : {"a" + end + "b", end, end + end}) {
-        EXPECT_EQ(parseReply(replyWith("\"FAILED\" hint=\"" + hint + "\"", "")).hint, hint);
+        EXPECT_EQ(parseReply(failure("x", hint)).hint, hint);
     }
 }
 
 TEST(ParseReply, RefusesWhatFollowsTheEnd) {
-    for (const char* details : {"", R"(<Detail id="text" extra="">text</Detail>)"}) {
-        const std::string whole = replyWith("\"SUCCESS\"", details);
+    for (const std::string& details : {std::string(), textDetail("text")}) {
+        const std::string whole = success("x", details);
         EXPECT_NO_THROW(parseReply(whole));
         EXPECT_THROW(parseReply(whole + " "), Exception);
         EXPECT_THROW(parseReply(whole + whole), Exception);
@@ -73,8 +73,7 @@ TEST(ParseReply, RefusesWhatFollowsTheEnd) {
 }
 
 TEST(ParseReply, RefusesWhatIsNoReply) {
-    const std::string whole =
-        replyWith("\"SUCCESS\" hint=\"h\"", R"(<Detail id="text" extra="">text</Detail>)");
+    const std::string whole = success("x", textDetail("text"), "h");
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_THROW(parseReply(whole.substr(0, size)), Exception) << size;
     }

@@ -31,7 +31,7 @@ class BrowserTest : public ServerTest {
 TEST_F(BrowserTest, IsAnsweredAndClosedWithoutRunningItsCommands) {
     ClientSocket browser = start().connect();
     browser.send(attack());
-    EXPECT_EQ(browser.untilEnd(), failedReply("POST / HTTP/1.1") + '\0');
+    EXPECT_EQ(browser.untilEnd(), failure("POST / HTTP/1.1") + '\0');
     EXPECT_FALSE(isMade());
     EXPECT_TRUE(server().hasLogged("WARN corvane.server.process.client Client " +
                                    browser.address() +
@@ -42,7 +42,7 @@ TEST_F(BrowserTest, IsAnsweredAndClosedWithoutRunningItsCommands) {
 TEST_F(BrowserTest, IsRecognisedBeforeItsRequestIsComplete) {
     ClientSocket browser = start().connect();
     browser.send("GET /picture.png HTTP/1.1\r\n");
-    EXPECT_EQ(browser.untilEnd(), failedReply("GET /picture.png HTTP/1.1") + '\0');
+    EXPECT_EQ(browser.untilEnd(), failure("GET /picture.png HTTP/1.1") + '\0');
 }
 
 TEST_F(BrowserTest, IsRecognisedByteByByte) {
@@ -50,7 +50,7 @@ TEST_F(BrowserTest, IsRecognisedByteByByte) {
     for (const char c : "PUT /x HTTP/1.1\r\n"s) {
         browser.send({&c, 1});
     }
-    EXPECT_EQ(browser.untilEnd(), failedReply("PUT /x HTTP/1.1") + '\0');
+    EXPECT_EQ(browser.untilEnd(), failure("PUT /x HTTP/1.1") + '\0');
 }
 
 TEST_F(BrowserTest, CannotStopTheServerByLeaving) {
@@ -78,7 +78,7 @@ TEST_F(BrowserTest, IsWarnedOfOnce) {
 TEST_F(BrowserTest, IsRefusedWhenItSpeaksTls) {
     ClientSocket browser = start().connect();
     browser.send("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03"s);
-    EXPECT_EQ(browser.untilEnd(), failedReply("TLS") + '\0');
+    EXPECT_EQ(browser.untilEnd(), failure("TLS") + '\0');
     EXPECT_EQ(warnings(), 1U);
 }
 
@@ -86,7 +86,7 @@ TEST_F(BrowserTest, MayRunCommandsWhenTheGuardIsTurnedOff) {
     start("ALLOWHTTP=true\n");
     ClientSocket browser = server().connect();
     browser.send(attack());
-    EXPECT_EQ(browser.reply(), failedReply("POST / HTTP/1.1"));
+    EXPECT_EQ(browser.reply(), failure("POST / HTTP/1.1"));
     browser.reply();
     EXPECT_EQ(server().wait(), 0);
     EXPECT_TRUE(isMade());

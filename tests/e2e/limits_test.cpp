@@ -92,7 +92,7 @@ TEST_F(LimitsTest, CloseAClientThatReadsItsReplyTooSlowly) {
 TEST_F(LimitsTest, CloseAClientWhoseRequestIsTooLong) {
     start("MAXREQUEST=100\n");
     ClientSocket client = server().connect();
-    EXPECT_EQ(client.request("log\n\n\n" + std::string(94, 'x')), goodReply("log"));
+    EXPECT_EQ(client.request("log\n\n\n" + std::string(94, 'x')), success("log"));
     client.send("log\n\n\n" + std::string(95, 'x'));
     EXPECT_TRUE(client.isEnded());
     EXPECT_TRUE(hasClosed(client.address(), "request is longer than 100 bytes"));
@@ -102,9 +102,9 @@ TEST_F(LimitsTest, CloseAClientWhoseRequestIsTooLong) {
 TEST_F(LimitsTest, RefuseCommandsThatAreNotInTheList) {
     start("COMMANDS=currentDir, log\n");
     ClientSocket client = server().connect();
-    EXPECT_EQ(client.request("log\n\n\nhello"), goodReply("log"));
-    EXPECT_EQ(client.request("userDir"), failedReply("userDir"));
-    EXPECT_EQ(client.request("shutdown"), failedReply("shutdown"));
+    EXPECT_EQ(client.request("log\n\n\nhello"), success("log"));
+    EXPECT_EQ(client.request("userDir"), failure("userDir"));
+    EXPECT_EQ(client.request("shutdown"), failure("shutdown"));
     EXPECT_TRUE(server().hasLogged("WARN corvane.server.process.client.cmd Client " +
                                    client.address() + ": command 'shutdown' not found"));
     expectService();
@@ -113,8 +113,8 @@ TEST_F(LimitsTest, RefuseCommandsThatAreNotInTheList) {
 TEST_F(LimitsTest, RefuseEveryCommandWhenTheListHasNoName) {
     start("COMMANDS= , \n");
     ClientSocket client = server().connect();
-    EXPECT_EQ(client.request("userDir"), failedReply("userDir"));
-    EXPECT_EQ(client.request("shutdown"), failedReply("shutdown"));
+    EXPECT_EQ(client.request("userDir"), failure("userDir"));
+    EXPECT_EQ(client.request("shutdown"), failure("shutdown"));
     EXPECT_TRUE(server().isRunning());
 }
 
@@ -123,7 +123,7 @@ TEST_F(LimitsTest, AreReadOnceAtTheStart) {
     std::ofstream(server().directory() / "corvane.conf") << "COMMANDS=userDir\nMAXREQUEST=5\n";
     expectService();
     ClientSocket client = server().connect();
-    EXPECT_EQ(client.request("userDir"), failedReply("userDir"));
+    EXPECT_EQ(client.request("userDir"), failure("userDir"));
 }
 
 TEST_F(LimitsTest, LetShutdownPassWhenItIsInTheList) {

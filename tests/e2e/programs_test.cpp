@@ -35,7 +35,7 @@ TEST_F(ProgramsTest, GetNoDescriptorOfTheServers) {
     startWith({.files = {{"reporter", reporter}}});
     ClientSocket client = server().connect();  // one more that must not be handed down
     client.request("currentDir");
-    EXPECT_EQ(execute("reporter"), goodReply("execute"));
+    EXPECT_EQ(execute("reporter"), success("execute"));
     EXPECT_TRUE(waitUntil([this] { return content("finished") == "done\n"; }));
     std::istringstream links(content("fds"));
     const std::string own = server().directory().path();
@@ -63,7 +63,7 @@ TEST_F(ProgramsTest, AreLoggedWhenTheyEnd) {
 
 TEST_F(ProgramsTest, ThatDoNotExistEndWithStatus255) {
     start();
-    EXPECT_EQ(execute("nothing"), goodReply("execute"));
+    EXPECT_EQ(execute("nothing"), success("execute"));
     EXPECT_TRUE(server().waitForLog("child exited with status 65280 (sig "));
 }
 
@@ -141,7 +141,7 @@ class BackslashTest : public ProgramsTest {
     }
     /// What is started for a target, and with which arguments.
     void expectStarted(const std::string& target, const std::string& started) {
-        EXPECT_EQ(server().request("execute\n" + target), goodReply("execute"));
+        EXPECT_EQ(server().request("execute\n" + target), success("execute"));
         EXPECT_TRUE(waitUntil([&] { return content("started") == started; })) << target;
     }
 };

@@ -72,7 +72,7 @@ TEST_F(RequestsTest, ArrivingByteByByteAreLoggedByteByByte) {
     client.send("\r");
     EXPECT_TRUE(server().waitForLog("request byte 13 (0x0xd)"));
     client.send("\0"s);
-    EXPECT_EQ(client.reply(), failedReply("x"));
+    EXPECT_EQ(client.reply(), failure("x"));
     const Lines lines = server().logLines();
     const Lines expected{log + "byte 120 (0x0x78)", log + "byte 13 (0x0xd)", log + "byte 0 (0x0)",
                          log + "size 2"};
@@ -127,7 +127,7 @@ TEST_F(RequestsTest, OfTheClientThatWasAcceptedFirstComeFirst) {
     first.send("firstOne\0firstTwo\0"s);
     server().signal(SIGCONT);
     second.reply();
-    EXPECT_EQ(second.reply(), failedReply("secondTwo"));
+    EXPECT_EQ(second.reply(), failure("secondTwo"));
     Lines order;
     for (const std::string& line : server().logLines()) {
         if (const std::size_t at = line.find(": command '"); at != std::string::npos) {
@@ -141,13 +141,12 @@ TEST_F(RequestsTest, HaveParametersOfUpTo1023Characters) {
     start("log4cpp.priority=NOTICE\n");
     for (const std::size_t length : {1022U, 1023U}) {
         const std::string which(length, 'x');
-        EXPECT_EQ(
-            server().request("userDir\n" + which + "\n"),
-            goodReply("userDir", " hint=\"userDir " + which + "\"", valueDetail(server().home())));
+        EXPECT_EQ(server().request("userDir\n" + which + "\n"),
+                  success("userDir", valueDetail(server().home()), "userDir " + which));
     }
     for (const std::size_t length : {1024U, 2000U}) {
         EXPECT_EQ(server().request("userDir\n" + std::string(length, 'x') + "\n"),
-                  goodReply("userDir", " hint=\"userDir\"", valueDetail(server().home())));
+                  success("userDir", valueDetail(server().home()), "userDir"));
     }
 }
 
@@ -160,7 +159,7 @@ TEST_F(RequestsTest, OfTenMebibytesWriteAWholeFile) {
     const std::string path = server().directory() / "written";
     ClientSocket client = server().connect();
     client.send("write\n" + path + "\n" + data + "\0currentDir\0"s);
-    EXPECT_EQ(client.reply(), goodReply("write"));
+    EXPECT_EQ(client.reply(), success("write"));
     EXPECT_EQ(client.reply(), currentDir());
     EXPECT_TRUE(readFile(path) == data);
 }
@@ -179,7 +178,7 @@ TEST_F(RequestsTest, ThatAreLargeGiveTheirMemoryBackSoon) {
         return waitUntil([&] { return server().residentMemory() < before + little; });
     };
     const std::string large(size, 'x');
-    EXPECT_EQ(client.request("unknown\n" + large), failedReply("unknown"));
+    EXPECT_EQ(client.request("unknown\n" + large), failure("unknown"));
     EXPECT_EQ(client.request("currentDir"), currentDir());
     EXPECT_TRUE(isGivenBack());
     {
@@ -224,7 +223,7 @@ TEST_F(RequestsTest, AreAnsweredWhenTheWorkingDirectoryIsRemoved) {
     std::filesystem::remove(server().directory() / "tmp");
     EXPECT_EQ(server().request("currentDir"), currentDirReply(""));
     EXPECT_EQ(server().request("userDir"),
-              goodReply("userDir", " hint=\"userDir\"", valueDetail(server().home())));
+              success("userDir", valueDetail(server().home()), "userDir"));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "support/reply.h"
 #include "support/server_process.h"
 #include "support/wait_until.h"
 
@@ -56,26 +57,9 @@ class ServerTest : public testing::Test {
     std::unique_ptr<ServerProcess> process_;
 };
 
-/// The reply to a command that failed without further details.
-inline std::string failedReply(const std::string& action, const std::string& attributes = "") {
-    return "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" + action +
-           "\" Result=\"FAILED\"" + attributes + "></Header></CorvaneMsg>";
-}
-
-/// The reply to a command that succeeded; `content` is what stands inside the header.
-inline std::string goodReply(const std::string& action, const std::string& attributes = "",
-                             const std::string& content = "") {
-    return "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" + action +
-           "\" Result=\"SUCCESS\"" + attributes + ">" + content + "</Header></CorvaneMsg>";
-}
-
-inline std::string valueDetail(const std::string& value) {
-    return "<Detail id=\"value\" extra=\"\" Value=\"" + value + "\" />";
-}
-
 /// The reply of "currentDir" when the server works in `directory`.
 inline std::string currentDirReply(const std::string& directory) {
-    return goodReply("currentDir", " hint=\"currentDir\"", valueDetail(directory));
+    return success("currentDir", valueDetail(directory), "currentDir");
 }
 
 /// The last lines of `lines`.

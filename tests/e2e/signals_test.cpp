@@ -67,7 +67,7 @@ TEST_F(SignalsTest, OfAThousandChildrenArriveUnderLoad) {
     ClientSocket launcher = server().connect();
     for (int i = 0; i < children; ++i) {
         EXPECT_EQ(launcher.request("execute\n" + (server().directory() / "short")),
-                  goodReply("execute"));
+                  success("execute"));
         for (int n = 0; n < signalsEach; ++n) {
             server().signal(SIGCHLD);
         }

@@ -109,7 +109,7 @@ TEST_F(StopTest, NotAsLongAsRequestsOrConnectionsComeWithinTheInactivityTime) {
         server().connect();
         return std::chrono::steady_clock::now() > connectionsEnd;
     }));
-    EXPECT_EQ(asking.request("hello"), failedReply("hello"));
+    EXPECT_EQ(asking.request("hello"), failure("hello"));
 }
 
 TEST_F(StopTest, NotWhenAClientLeavesByPolicy0) {

@@ -52,7 +52,7 @@ TEST_F(ReadOnlyDirectoryTest, StaysAsItIsAndEveryChangeOfItFails) {
 
 TEST_F(ReadOnlyDirectoryTest, CanBeReadAndCopiedFrom) {
     EXPECT_NE(server().request("readText\nclosed/file").find(">kept<"), std::string::npos);
-    EXPECT_EQ(server().request("copy\nclosed\nhome"), goodReply("copy"));
+    EXPECT_EQ(server().request("copy\nclosed\nhome"), success("copy"));
     EXPECT_EQ(treeAt(server().home()), (Tree{{"file", "file:kept"}}));
 }
 
@@ -130,7 +130,7 @@ TEST_F(JumpingClockTest, EndsNoRequestBeforeItsTime) {
         client.send({&c, 1});
         ASSERT_TRUE(server().waitForLog("request byte " + std::to_string(c) + " "));
     }
-    EXPECT_EQ(client.request(""), failedReply(command));
+    EXPECT_EQ(client.request(""), failure(command));
     EXPECT_GT(days().size(), command.size());  // it did jump
 }
 

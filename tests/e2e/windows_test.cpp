@@ -13,15 +13,14 @@ using x11test::rectangleByXwininfo;
 using x11test::TestWindow;
 using x11test::X11Session;
 
-std::string attribute(const std::string& id, int value) {
-    return "<Detail id=\"" + id + "\" extra=\"\" Value=\"" + std::to_string(value) + "\" />";
+std::string numberDetail(const std::string& id, int value) {
+    return detail(id, std::to_string(value));
 }
 
 std::string rectangleReply(const std::string& command, const PixelRectangle& rectangle) {
-    return "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" + command +
-           "\" Result=\"SUCCESS\">" + attribute("x", rectangle.x) + attribute("y", rectangle.y) +
-           attribute("width", rectangle.width) + attribute("height", rectangle.height) +
-           "</Header></CorvaneMsg>";
+    return success(command, numberDetail("x", rectangle.x) + numberDetail("y", rectangle.y) +
+                                numberDetail("width", rectangle.width) +
+                                numberDetail("height", rectangle.height));
 }
 
 class WindowsTest : public ServerTest {
@@ -44,7 +43,7 @@ TEST_F(WindowsTest, GetTheRectangleOfTheWindowWithATitle) {
 }
 
 TEST_F(WindowsTest, FailToFindAWindowThatIsNotThere) {
-    EXPECT_EQ(server().request("getWndRect\n"), failedReply("getWndRect"));
+    EXPECT_EQ(server().request("getWndRect\n"), failure("getWndRect"));
 }
 
 TEST_F(WindowsTest, GetTheRectangleOfTheScreen) {
@@ -56,7 +55,7 @@ TEST_F(WindowsTest, GetTheRectangleOfTheScreen) {
 TEST_F(WindowsTest, MoveAndResizeThePlayerByItsOtherTitle) {
     const TestWindow window(session(), {.wmName = "Adobe Flash Player"});
     const PixelRectangle wanted{150, 120, 400, 300};
-    EXPECT_EQ(server().request("setWndPos\n3\n150\n120\n400\n300\n"), goodReply("setWndPos"));
+    EXPECT_EQ(server().request("setWndPos\n3\n150\n120\n400\n300\n"), success("setWndPos"));
     EXPECT_TRUE(window.waitForRectangle(wanted));
     EXPECT_EQ(rectangleByXwininfo(session(), window.id()), wanted);
     EXPECT_EQ(server().request("getWndRect\nAdobe Flash Player"),
@@ -68,7 +67,7 @@ TEST_F(WindowsTest, MoveWithoutAChangeOfSize) {
     PixelRectangle wanted = window.rectangle();
     wanted.x = 33;
     wanted.y = 44;
-    EXPECT_EQ(server().request("setWndPos\n1\n33\n44\nKiosk"), goodReply("setWndPos"));
+    EXPECT_EQ(server().request("setWndPos\n1\n33\n44\nKiosk"), success("setWndPos"));
     EXPECT_TRUE(window.waitForRectangle(wanted));
 }
 

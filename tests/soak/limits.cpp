@@ -1,19 +1,29 @@
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "soak/client.h"
+#include "soak/promises.h"
 #include "soak/scenarios.h"
-#include "soak/server_process.h"
+#include "support/reply.h"
 
-namespace soak {
+namespace corvane::soak {
 namespace {
 
-using std::chrono::milliseconds;
+using test::failure;
 
-std::vector<Client> connect(const ServerProcess& server, std::size_t count) {
-    std::vector<Client> clients;
+ServerProcess::Options withDescriptors(rlim_t count) {
+    return {.configuration = "log4cpp.priority=NOTICE\n", .prepare = [count] {
+                const rlimit limit{count, count};
+                ::setrlimit(RLIMIT_NOFILE, &limit);
+            }};
+}
+
+std::vector<ClientSocket> connect(const ServerProcess& server, std::size_t count) {
+    std::vector<ClientSocket> clients;
     for (std::size_t i = 0; i < count; ++i) {
         clients.emplace_back(server.port());
     }
@@ -22,44 +32,44 @@ std::vector<Client> connect(const ServerProcess& server, std::size_t count) {
 
 }  // namespace
 
-void outOfDescriptors(const Options& options) {
+void outOfDescriptors(const Options& /*options*/) {
     constexpr std::size_t count = 100;
-    constexpr milliseconds watched{2000};
-    ServerProcess server(options.server, {.descriptors = 32});
+    constexpr long watched = 2;  // seconds
+    const long littleTime = watched * ::sysconf(_SC_CLK_TCK) / 20;
+    ServerProcess server(withDescriptors(32));
     {
-        const std::vector<Client> clients = connect(server, count);
-        waitUntil([&] { return server.logged("accept error 24") > 0; }, "the shortage is logged");
-        const milliseconds before = server.processorTime();
-        std::this_thread::sleep_for(watched);
-        expect(server.processorTime() - before <= watched / 20, "the server does not spin");
-        expect(server.logged("accept error 24") < 50, "the log is not flooded");
+        const std::vector<ClientSocket> clients = connect(server, count);
+        await([&] { return timesLogged(server, "accept error 24") > 0; }, "the shortage is logged");
+        const long before = server.processorTime();
+        std::this_thread::sleep_for(std::chrono::seconds(watched));
+        expect(server.processorTime() - before <= littleTime, "the server does not spin");
+        expect(timesLogged(server, "accept error 24") < 50, "the log is not flooded");
     }
-    const std::size_t warnings = server.logged("accept error 24");
-    expect(Client(server.port()).ask("hello") == unknownReply("hello"), "the server recovers");
+    const std::size_t warnings = timesLogged(server, "accept error 24");
+    expect(server.request("hello") == failure("hello"), "the server recovers");
     std::printf("%zu clients with 32 descriptors, %zu warnings in 2 s, recovered", count, warnings);
-    server.stop();
+    stop(server);
 }
 
-void beyondSelect(const Options& options) {
+void beyondSelect(const Options& /*options*/) {
     constexpr std::size_t count = 1100;
-    ServerProcess server(options.server, {.descriptors = 4096});
+    ServerProcess server(withDescriptors(4096));
     std::size_t served = 0;
     {
-        std::vector<Client> clients;
-        std::string reply;
+        std::vector<ClientSocket> clients;
         for (std::size_t i = 0; i < count; ++i) {
             clients.emplace_back(server.port());
-            clients.back().send(std::string("hello\0", 6));
-            served += clients.back().tryReply(reply) ? 1 : 0;  // else it was closed
+            clients.back().trySend(std::string("hello\0", 6));
+            served += clients.back().tryReply() ? 1 : 0;  // else it was closed
         }
     }
-    const std::size_t refused = server.logged("accept error 24");
+    const std::size_t refused = timesLogged(server, "accept error 24");
     expect(served > 1000 && served < 1024 && served + refused == count,
            "clients beyond select are refused, all others are served");
-    waitUntil([&] { return server.descriptorCount() < 20; }, "no descriptor is kept");
-    expect(Client(server.port()).ask("hello") == unknownReply("hello"), "the server recovers");
+    await([&] { return server.descriptors() < 20; }, "no descriptor is kept");
+    expect(server.request("hello") == failure("hello"), "the server recovers");
     std::printf("%zu clients served, %zu refused with a warning, recovered", served, refused);
-    server.stop();
+    stop(server);
 }
 
-}  // namespace soak
+}  // namespace corvane::soak

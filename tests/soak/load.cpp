@@ -1,24 +1,26 @@
 #include <cstdio>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include "soak/client.h"
+#include "soak/promises.h"
 #include "soak/scenarios.h"
-#include "soak/server_process.h"
+#include "support/reply.h"
 
-namespace soak {
+namespace corvane::soak {
 namespace {
+
+using test::failure;
+using test::success;
+using test::valueDetail;
 
 // What the resident size may grow by after the first tenth of the work.
 constexpr long allowedGrowthKiB = 1024;
 constexpr int sourceAddresses = 16;
 
-std::string success(const std::string& action, const std::string& hint, const std::string& value) {
-    return "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" + action +
-           "\" Result=\"SUCCESS\"" + (hint.empty() ? "" : " hint=\"" + hint + "\"") +
-           (value.empty() ? ">" : "><Detail id=\"value\" extra=\"\" Value=\"" + value + "\" />") +
-           "</Header></CorvaneMsg>";
+// A server that logs no request, with the file that the requests read.
+ServerProcess::Options prepared() {
+    return {.configuration = "log4cpp.priority=NOTICE\n",
+            .files = {{"letters", "abcdefghijklmnopqrstuvwxyz"}}};
 }
 
 struct Exchange {
@@ -31,30 +33,29 @@ struct Exchange {
 Exchange exchange(const ServerProcess& server, std::size_t n) {
     const std::string number = std::to_string(n);
     if (n % 50 == 1) {
-        return {"write\nfile" + std::to_string(n % 7) + "\n" + number, success("write", "", "")};
+        return {"write\nfile" + std::to_string(n % 7) + "\n" + number, success("write")};
     }
     switch (n % 4) {
         case 0:
-            return {"userDir", success("userDir", "userDir", server.home().string())};
+            return {"userDir", success("userDir", valueDetail(server.home()), "userDir")};
         case 1:
             return {"readByte\nletters\n" + std::to_string(n % 26),
-                    success("readByte", "", std::to_string('a' + n % 26))};
+                    success("readByte", valueDetail(std::to_string('a' + n % 26)))};
         case 2:
-            return {"listNet\n" + number,
-                    "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"listNet\" "
-                    "Result=\"FAILED\"></Header></CorvaneMsg>"};
+            return {"listNet\n" + number, failure("listNet")};
         default:
-            return {"no-" + number, unknownReply("no-" + number)};
+            return {"no-" + number, failure("no-" + number)};
     }
 }
 
 // Sends `count` requests in one go and checks their replies one by one.
-void batch(Client& client, const ServerProcess& server, std::size_t first, std::size_t count) {
+void batch(ClientSocket& client, const ServerProcess& server, std::size_t first,
+           std::size_t count) {
     std::string requests;
     std::vector<std::string> replies;
     for (std::size_t n = first; n < first + count; ++n) {
         const Exchange next = exchange(server, n);
-        requests.append(next.request.c_str(), next.request.size() + 1);
+        requests += next.request + '\0';
         replies.push_back(next.reply);
     }
     client.send(requests);
@@ -64,32 +65,26 @@ void batch(Client& client, const ServerProcess& server, std::size_t first, std::
     }
 }
 
-void prepareFiles(const ServerProcess& server) {
-    std::ofstream(server.work() / "letters") << "abcdefghijklmnopqrstuvwxyz";
-}
-
 // Watches that nothing grows from the first tenth of the work on.
 class Flatness {
   public:
     explicit Flatness(const ServerProcess& server)
-        : server_(server), descriptors_(server.descriptorCount()) {}
+        : server_(server), descriptors_(server.descriptors()) {}
 
-    void warm() { resident_ = server_.residentKiB(); }
+    void warm() { resident_ = server_.residentMemory(); }
 
     // Once the clients are gone.
     void check() const {
-        waitUntil([this] { return server_.descriptorCount() == descriptors_; },
-                  "no descriptor is kept");
-        const long now = server_.residentKiB();
+        await([this] { return server_.descriptors() == descriptors_; }, "no descriptor is kept");
+        const long now = server_.residentMemory();
         expect(now <= resident_ + allowedGrowthKiB,
                "memory stays flat: " + std::to_string(resident_) + " -> " + std::to_string(now));
-        std::printf(", resident size %ld -> %ld KiB, %zu descriptors", resident_, now,
-                    descriptors_);
+        std::printf(", resident size %ld -> %ld KiB, %d descriptors", resident_, now, descriptors_);
     }
 
   private:
     const ServerProcess& server_;
-    std::size_t descriptors_;
+    int descriptors_;
     long resident_ = 0;
 };
 
@@ -98,11 +93,10 @@ class Flatness {
 void manyRequests(const Options& options) {
     constexpr std::size_t batchSize = 50;
     const std::size_t total = options.scaled(1'000'000, 20'000);
-    ServerProcess server(options.server, {});
-    prepareFiles(server);
+    ServerProcess server(prepared());
     Flatness flatness(server);
     {
-        std::vector<Client> clients;
+        std::vector<ClientSocket> clients;
         clients.reserve(8);
         for (int i = 0; i < 8; ++i) {
             clients.emplace_back(server.port());
@@ -116,20 +110,19 @@ void manyRequests(const Options& options) {
     }
     std::printf("%zu requests, replies right and in order", total);
     flatness.check();
-    server.stop();
+    stop(server);
 }
 
 void manyClients(const Options& options) {
     constexpr std::size_t count = 900;
     const std::size_t rounds = options.scaled(50, 5);
-    ServerProcess server(options.server, {});
-    prepareFiles(server);
+    ServerProcess server(prepared());
     Flatness flatness(server);
     {
-        std::vector<Client> clients;
+        std::vector<ClientSocket> clients;
         for (std::size_t i = 0; i < count; ++i) {
             clients.emplace_back(server.port());
-            clients.back().ask("hello");  // accepted, before the queue of connections is full
+            clients.back().request("hello");  // accepted, before the queue of connections is full
         }
         for (std::size_t round = 0; round < rounds; ++round) {
             for (std::size_t i = 0; i < count; ++i) {
@@ -147,16 +140,15 @@ void manyClients(const Options& options) {
     }
     std::printf("%zu clients at once, %zu requests", count, count * rounds);
     flatness.check();
-    server.stop();
+    stop(server);
 }
 
 void manyConnections(const Options& options) {
     const std::size_t total = options.scaled(100'000, 2'000);
-    ServerProcess server(options.server, {});
-    prepareFiles(server);
+    ServerProcess server(prepared());
     Flatness flatness(server);
     for (std::size_t n = 0; n < total; ++n) {
-        Client client(server.port(), 1 + static_cast<int>(n % sourceAddresses));
+        ClientSocket client(server.port(), 0, 1 + static_cast<int>(n % sourceAddresses));
         batch(client, server, n, 1);
         if (n % 2 == 0) {
             client.reset();
@@ -167,7 +159,7 @@ void manyConnections(const Options& options) {
     }
     std::printf("%zu connections in a row, every other one reset", total);
     flatness.check();
-    server.stop();
+    stop(server);
 }
 
-}  // namespace soak
+}  // namespace corvane::soak

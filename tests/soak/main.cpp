@@ -1,5 +1,5 @@
-// Runs the scenarios, one after the other, against the server given on the command line:
-//   corvane-soak SERVER CHILD [SCALE]
+// Runs the scenarios, one after the other, against this build's server:
+//   corvane-soak [SCALE]
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 #include "soak/scenarios.h"
 
-namespace soak {
+namespace corvane::soak {
 
 std::size_t Options::scaled(std::size_t full, std::size_t least) const {
     return std::max(least, static_cast<std::size_t>(static_cast<double>(full) * scale));
@@ -59,18 +59,15 @@ void raiseDescriptorLimit() {
 }
 
 }  // namespace
-}  // namespace soak
+}  // namespace corvane::soak
 
 int main(int argc, char** argv) {
-    if (argc < 3) {
-        static_cast<void>(std::fputs("usage: corvane-soak SERVER CHILD [SCALE]\n", stderr));
-        return 2;
-    }
-    const soak::Options options{argv[1], argv[2], argc > 3 ? std::strtod(argv[3], nullptr) : 1.0};
-    soak::raiseDescriptorLimit();
+    using namespace corvane::soak;
+    const Options options{argc > 1 ? std::strtod(argv[1], nullptr) : 1.0};
+    raiseDescriptorLimit();
     bool all = true;
-    for (const soak::Scenario& scenario : soak::scenarios) {
-        all = soak::survived(scenario, options) && all;
+    for (const Scenario& scenario : scenarios) {
+        all = survived(scenario, options) && all;
     }
     return all ? 0 : 1;
 }

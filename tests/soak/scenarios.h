@@ -3,14 +3,10 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 
-namespace soak {
+namespace corvane::soak {
 
 struct Options {
-    std::filesystem::path server;
-    /// The program that the server is made to start.
-    std::filesystem::path child;
     /// 1 for the full numbers; less for a shorter run.
     double scale = 1;
 
@@ -40,4 +36,4 @@ void slowClients(const Options& options);
 /// The log, the working directory and the home directory vanish; the disk is full.
 void vanishingSurroundings(const Options& options);
 
-}  // namespace soak
+}  // namespace corvane::soak

@@ -9,14 +9,15 @@
 #include <thread>
 #include <vector>
 
-#include "soak/client.h"
+#include "soak/promises.h"
 #include "soak/scenarios.h"
-#include "soak/server_process.h"
+#include "support/reply.h"
 
-namespace soak {
+namespace corvane::soak {
 namespace {
 
 using std::chrono::microseconds;
+using test::failure;
 
 std::mt19937& dice() {
     static std::mt19937 generator{20261121};  // NOLINT: every run shall be the same
@@ -48,12 +49,12 @@ class Tormentor {
     void torment() {
         std::mt19937 own{42};  // NOLINT: every run shall be the same
         while (!stopping_) {
-            for (const pid_t child : server_.children()) {
+            for (const pid_t child : test::childrenOf(server_.pid())) {
                 for (const int sig : choose(own() % 4)) {
                     signals_ += ::kill(child, sig) == 0 ? 1 : 0;
                 }
             }
-            server_.send(SIGCHLD);
+            server_.signal(SIGCHLD);
             ++signals_;
             std::this_thread::sleep_for(microseconds(own() % 1000));
         }
@@ -82,12 +83,11 @@ class Tormentor {
 std::size_t repliesUntilEnd(int port) {
     std::size_t replies = 0;
     try {
-        Client client(port);
-        std::string reply;
-        client.send(std::string("first\0", 6));
-        while (client.tryReply(reply)) {
+        ClientSocket client(port);
+        client.trySend(std::string("first\0", 6));
+        while (client.tryReply()) {
             ++replies;
-            client.send(std::string("next\0userDir\0", 13));
+            client.trySend(std::string("next\0userDir\0", 13));
         }
     } catch (const std::runtime_error&) {
         // It could not even connect.
@@ -99,31 +99,32 @@ std::size_t repliesUntilEnd(int port) {
 
 void childSignals(const Options& options) {
     const std::size_t total = options.scaled(10'000, 300);
-    ServerProcess server(options.server, {.priority = "DEBUG"});
-    const std::size_t descriptors = server.descriptorCount();
-    const std::string execute = "execute\n" + std::filesystem::absolute(options.child).string();
+    ServerProcess server({.configuration = "log4cpp.priority=DEBUG\n"});
+    const std::string execute = std::string("execute\n") + SOAK_CHILD;
     std::size_t requests = 0;
     Tormentor tormentor(server);
     {
-        Client client(server.port());
-        Client other(server.port());
+        ClientSocket client = server.connect();
+        ClientSocket other = server.connect();
         for (std::size_t i = 0; i < total; ++i) {
             const std::string tag = "no-" + std::to_string(i);
-            other.send(std::string_view(tag.c_str(), tag.size() + 1));
-            other.send(std::string_view(tag.c_str(), tag.size() + 1));
-            expect(client.ask(execute).find("SUCCESS") != std::string::npos, "a child is started");
-            expect(other.reply() == unknownReply(tag) && other.reply() == unknownReply(tag),
+            other.send(tag + '\0');
+            other.send(tag + '\0');
+            expect(client.request(execute).find("SUCCESS") != std::string::npos,
+                   "a child is started");
+            expect(other.reply() == failure(tag) && other.reply() == failure(tag),
                    "other clients get their replies");
             requests += 3;
         }
     }
     tormentor.stop();
-    waitUntil([&] { return server.children().empty(); }, "every child is collected");
-    waitUntil([&] { return server.descriptorCount() == descriptors; }, "no descriptor is kept");
-    expect(server.logged("child exited with status") == total, "each child has its log line");
+    await([&] { return test::childrenOf(server.pid()).empty(); }, "every child is collected");
+    await([&] { return server.descriptors() == server.descriptorsAtStart(); },
+          "no descriptor is kept");
+    expect(timesLogged(server, "child exited with status") == total, "each child has its log line");
     std::printf("%zu children, %zu signals, %zu requests at DEBUG, no child left", total,
                 tormentor.signals(), requests);
-    server.stop();
+    stop(server);
 }
 
 void terminations(const Options& options) {
@@ -131,18 +132,17 @@ void terminations(const Options& options) {
     const std::size_t total = options.scaled(10'000, 60);
     std::size_t requests = 0;
     for (std::size_t i = 0; i < total; ++i) {
-        ServerProcess server(options.server, {.priority = "DEBUG"});
+        ServerProcess server({.configuration = "log4cpp.priority=DEBUG\n"});
         std::thread signal([&server, delay = upTo(longestRun)] {
             std::this_thread::sleep_for(microseconds(delay));
-            server.send(SIGTERM);
+            server.signal(SIGTERM);
         });
         requests += repliesUntilEnd(server.port());
         signal.join();
-        expect(server.waitForEnd() <= std::chrono::seconds(1), "SIGTERM ends the server in time");
-        expect(server.logged("application terminated") == 1, "the log tells of the end");
+        expectEnd(server);
     }
     std::printf("%zu SIGTERM at random moments under load, %zu replies, each ended within 1 s",
                 total, requests);
 }
 
-}  // namespace soak
+}  // namespace corvane::soak

@@ -27,6 +27,14 @@ constexpr std::size_t block = 262'144;
     throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
+sockaddr_in loopback(int host, int port) {
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK - 1 + static_cast<in_addr_t>(host));
+    place.sin_port = htons(static_cast<in_port_t>(port));
+    return place;
+}
+
 bool waitFor(int sock, short events, int milliseconds) {
     pollfd wanted{sock, events, 0};
     return ::poll(&wanted, 1, milliseconds) == 1;
@@ -37,7 +45,7 @@ constexpr int patienceInMilliseconds =
 
 }  // namespace
 
-ClientSocket::ClientSocket(int port, int receiveBuffer)
+ClientSocket::ClientSocket(int port, int receiveBuffer, int host)
     : number_(::socket(AF_INET, SOCK_STREAM, 0)) {
     ::fcntl(number_, F_SETFD, FD_CLOEXEC);
     if (receiveBuffer > 0) {
@@ -45,11 +53,11 @@ ClientSocket::ClientSocket(int port, int receiveBuffer)
     }
     const int on = 1;
     ::setsockopt(number_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    sockaddr_in server{};
-    server.sin_family = AF_INET;
-    server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    server.sin_port = htons(static_cast<in_port_t>(port));
-    if (::connect(number_, reinterpret_cast<sockaddr*>(&server), sizeof server) != 0) {
+    const sockaddr_in from = loopback(host, 0);
+    const sockaddr_in server = loopback(1, port);
+    if ((host != 1 &&
+         ::bind(number_, reinterpret_cast<const sockaddr*>(&from), sizeof from) != 0) ||
+        ::connect(number_, reinterpret_cast<const sockaddr*>(&server), sizeof server) != 0) {
         const int error = errno;
         close();
         errno = error;
@@ -58,7 +66,7 @@ ClientSocket::ClientSocket(int port, int receiveBuffer)
     sockaddr_in own{};
     socklen_t length = sizeof own;
     ::getsockname(number_, reinterpret_cast<sockaddr*>(&own), &length);
-    address_ = "127.0.0.1:" + std::to_string(ntohs(own.sin_port));
+    address_ = "127.0.0." + std::to_string(host) + ":" + std::to_string(ntohs(own.sin_port));
 }
 
 ClientSocket::ClientSocket(ClientSocket&& other) noexcept
@@ -103,12 +111,20 @@ std::size_t ClientSocket::sendWithoutWaiting(std::string_view bytes) {
 }
 
 std::string ClientSocket::reply() {
+    std::optional<std::string> text = tryReply();
+    if (!text) {
+        throw std::runtime_error("the connection ended, got: " + received_);
+    }
+    return *std::move(text);
+}
+
+std::optional<std::string> ClientSocket::tryReply() {
     std::size_t searched = 0;
     std::size_t end = std::string::npos;
     while ((end = received_.find('\0', searched)) == std::string::npos) {
         searched = received_.size();
         if (!receiveMore()) {
-            throw std::runtime_error("the connection ended, got: " + received_);
+            return std::nullopt;
         }
     }
     std::string text = received_.substr(0, end);

@@ -2,6 +2,7 @@
 // long, like any failure that the test did not ask for, is thrown as std::runtime_error.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,8 +11,10 @@ namespace corvane::test {
 class ClientSocket {
   public:
     /// Connects to the loopback address. A receive buffer of some bytes makes the server notice
-    /// soon that the client does not read; 0 leaves the system's size.
-    explicit ClientSocket(int port, int receiveBuffer = 0);
+    /// soon that the client does not read; 0 leaves the system's size. `host` is the last number of
+    /// the loopback address to come from: each has ports of its own, of which a great many
+    /// connections in a row need more than one has. Only Linux has others than 127.0.0.1.
+    explicit ClientSocket(int port, int receiveBuffer = 0, int host = 1);
     ~ClientSocket() { close(); }
     ClientSocket(ClientSocket&& other) noexcept;
     ClientSocket& operator=(ClientSocket&& other) noexcept;
@@ -32,6 +35,8 @@ class ClientSocket {
 
     /// The next reply without its zero byte.
     std::string reply();
+    /// The same; none when the connection ends before.
+    std::optional<std::string> tryReply();
     /// Sends a request and its terminator, and returns the reply.
     std::string request(std::string_view text);
     /// Takes at most `most` of the bytes that have arrived, after a wait for some; 0 at the end of

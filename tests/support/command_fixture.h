@@ -19,35 +19,11 @@
 #include "platform/waiting.h"
 #include "server/address.h"
 #include "support/log_capture.h"
+#include "support/reply.h"
 #include "support/scratch_directory.h"
 #include "text/memory_stream.h"
 
 namespace corvane::test {
-
-/// A reply without its zero byte. `attributes` begins with a blank when it is not empty.
-inline std::string replyText(const std::string& action, const std::string& result,
-                             const std::string& attributes, const std::string& details) {
-    return "<CorvaneMsg><Header id=\"info\" Type=\"RESULT\" Action=\"" + action + "\" Result=\"" +
-           result + "\"" + attributes + ">" + details + "</Header></CorvaneMsg>";
-}
-
-inline std::string hintAttribute(const std::string& hint) {
-    return hint.empty() ? "" : " hint=\"" + hint + "\"";
-}
-
-inline std::string success(const std::string& action, const std::string& details = "",
-                           const std::string& hint = "") {
-    return replyText(action, "SUCCESS", hintAttribute(hint), details);
-}
-
-inline std::string failure(const std::string& action, const std::string& hint = "") {
-    return replyText(action, "FAILED", hintAttribute(hint), "");
-}
-
-/// The detail that most queries are answered with.
-inline std::string valueDetail(const std::string& value) {
-    return "<Detail id=\"value\" extra=\"\" Value=\"" + value + "\" />";
-}
 
 /// A log line of a command's own category about the client; `detail` is what follows the command's
 /// name.

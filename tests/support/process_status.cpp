@@ -72,6 +72,11 @@ bool hasZombieChild(pid_t pid) {
     });
 }
 
+std::vector<pid_t> childrenOf(pid_t pid) {
+    std::istringstream pids(procFile(pid, "task/" + std::to_string(pid) + "/children"));
+    return {std::istream_iterator<pid_t>(pids), {}};
+}
+
 long processorTimeOf(pid_t pid) {
     const std::vector<std::string> fields = statFields(pid);
     return fields.size() < 13 ? 0 : std::stol(fields[11]) + std::stol(fields[12]);

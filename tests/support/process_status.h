@@ -16,6 +16,8 @@ char stateOf(pid_t pid);
 /// Open descriptors; 0 for a process that has ended.
 int descriptorsOf(pid_t pid);
 bool hasZombieChild(pid_t pid);
+/// The children of a process with one thread, zombies among them.
+std::vector<pid_t> childrenOf(pid_t pid);
 /// User and system time in clock ticks.
 long processorTimeOf(pid_t pid);
 /// Resident memory in KiB.

@@ -91,7 +91,11 @@ void ServerProcess::becomeServer(const Options& options) const {
 }
 
 void ServerProcess::waitUntilServing() {
-    if (!waitUntil([this] { return port() != 0 || !isRunning(); })) {
+    const auto servesOrHasEnded = [this] {
+        const bool hasEnded = !isRunning();
+        return findPort() || hasEnded;
+    };
+    if (!waitUntil(servesOrHasEnded)) {
         throw std::runtime_error("the server does not serve:\n" + log() + output() + errors());
     }
     descriptorsAtStart_ = descriptors();
@@ -108,13 +112,14 @@ ServerProcess::~ServerProcess() {
     }
 }
 
-int ServerProcess::port() const {
+bool ServerProcess::findPort() {
     const std::string text = log();
     const std::size_t line = text.find("Listening on ");
     if (line == std::string::npos || text.find('\n', line) == std::string::npos) {
-        return 0;
+        return false;
     }
-    return std::stoi(text.substr(text.find(':', line) + 1));
+    port_ = std::stoi(text.substr(text.find(':', line) + 1));
+    return true;
 }
 
 std::string ServerProcess::log() const {
@@ -170,7 +175,7 @@ int ServerProcess::wait() {
 
 int ServerProcess::followDetached() {
     const int status = wait();
-    if (!waitUntil([this] { return port() != 0 && findDetached(); })) {
+    if (!waitUntil([this] { return findPort() && findDetached(); })) {
         throw std::runtime_error("no detached server:\n" + log());
     }
     descriptorsAtStart_ = descriptors();

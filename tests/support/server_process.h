@@ -45,7 +45,7 @@ class ServerProcess {
     std::string home() const { return directory_ / "home"; }
     pid_t pid() const { return pid_; }
     /// The port it listens on; 0 when it does not.
-    int port() const;
+    int port() const { return port_; }
 
     /// Lines of the log without the time, as "LEVEL category message".
     std::vector<std::string> logLines() const;
@@ -86,10 +86,13 @@ class ServerProcess {
   private:
     void becomeServer(const Options& options) const;
     void waitUntilServing();
+    /// Looks for the port in the log; returns whether it is there.
+    bool findPort();
     bool findDetached();
 
     ScratchDirectory directory_;
     pid_t pid_ = -1;
+    int port_ = 0;
     bool ended_ = false;
     int status_ = 0;
     int descriptorsAtStart_ = 0;
