@@ -55,6 +55,17 @@ TEST_F(LimitsTest, LetAClientBeIdleBetweenRequestsForAnyTime) {
     EXPECT_EQ(idle.request("currentDir"), currentDirReply(server().directory().path()));
 }
 
+TEST_F(LimitsTest, StartAnewWithTheNextRequestOfAClient) {
+    start("REQUESTTIMEOUT=1\n");
+    ClientSocket client = server().connect();
+    const std::string inSeveralPieces(100'000, 'x');
+    EXPECT_EQ(client.request("write\n/dev/null\n" + inSeveralPieces), goodReply("write"));
+    ClientSocket slow = server().connect();
+    slow.send("half");
+    EXPECT_TRUE(slow.isEnded());  // the time is over now
+    EXPECT_EQ(client.request("currentDir"), currentDirReply(server().directory().path()));
+}
+
 TEST_F(LimitsTest, CloseAClientThatDoesNotReadItsReplyInTime) {
     constexpr int smallBuffer = 4096;
     constexpr std::size_t size = 16'000'000;

@@ -184,6 +184,18 @@ TEST_F(ReadRequestTest, RefusesAnHttpRequestAsSoonAsItsFirstLineIsComplete) {
     }
 }
 
+TEST_F(ReadRequestTest, RefusesAnHttpRequestWhereverItsFirstLineIsCutOnTheWay) {
+    constexpr std::size_t received = std::size_t{32} * 1024;  // at once
+    const std::string method = "PROPFIND ";
+    const std::string version = " HTTP/1.1";
+    for (std::size_t size = received - 2; size <= received + 2; ++size) {
+        const std::string path(size - method.size() - version.size(), 'x');
+        test::ClientSocket client = connect();
+        client.send(method + path + version + "\nHost: x\n\nshutdown\0"s);
+        EXPECT_THROW(server.readRequest(accepted(), request), ForeignRequest) << size;
+    }
+}
+
 TEST_F(ReadRequestTest, LooksForHttpInTheFirstLineOnly) {
     test::ClientSocket client = connect();
     client.send("write\nfile\nGET / HTTP/1.1\n\0"s);
