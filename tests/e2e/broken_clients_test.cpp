@@ -124,6 +124,24 @@ TEST_F(BrokenClientsTest, AmongTwoThousandCostNothing) {
     EXPECT_LT(server().residentMemory(), before + growth);
 }
 
+TEST_F(BrokenClientsTest, AreForgottenWhenTheyAreGone) {
+    constexpr int connections = 12'000;
+    constexpr int queued = 64;  // connections that may wait for the server to accept them
+    constexpr long growth = isSanitized ? 64 * 1024 : 512;  // KiB, less than 50 bytes of each
+    start("log4cpp.priority=NOTICE\n");
+    long before = 0;
+    for (int i = 0; i < connections; ++i) {
+        server().connect().reset();
+        if (i % queued == 0) {
+            server().request("currentDir");
+        }
+        if (i == connections / 8) {
+            before = server().residentMemory();
+        }
+    }
+    EXPECT_LT(server().residentMemory(), before + growth);
+}
+
 TEST_F(BrokenClientsTest, MayHoldManyConnectionsOpenAtOnce) {
     constexpr int connections = 500;
     constexpr int queued = 64;  // connections that may wait for the server to accept them

@@ -1,12 +1,15 @@
 #include "log/default_layout.h"
 
 #include <gtest/gtest.h>
+#include <time.h>
 
 #include <log4cpp/LoggingEvent.hh>
 #include <log4cpp/PatternLayout.hh>
 #include <log4cpp/Priority.hh>
 #include <string>
 #include <vector>
+
+#include "support/environment.h"
 
 namespace corvane {
 namespace {
@@ -34,6 +37,19 @@ TEST(DefaultLayout, WritesEveryMillisecondAndSecondLikeThePatternLayout) {
             ASSERT_EQ(layout.format(event), reference.format(event));
         }
     }
+}
+
+TEST(DefaultLayout, ShowsTheTimeOfTheUsersPlace) {
+    log4cpp::LoggingEvent event("a", "b", "", log4cpp::Priority::INFO);
+    event.timeStamp = log4cpp::TimeStamp(951'782'399U, 7'000);
+    std::string line;
+    {
+        const test::EnvironmentVariable east("TZ", "EAST-05:30");
+        ::tzset();
+        line = DefaultLayout().format(event);
+    }
+    ::tzset();
+    EXPECT_EQ(line, "2000-02-29 05:29:59,007 [INFO,a] b\n");
 }
 
 }  // namespace

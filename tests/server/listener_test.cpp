@@ -62,6 +62,25 @@ TEST_F(ListenerTest, FailsForAPortThatIsTaken) {
     EXPECT_EQ(server.listeners.size(), 1U);
 }
 
+TEST_F(ListenerTest, OpensAgainWhereConnectionsHaveJustBeenClosed) {
+    test::ClientSocket client = connect();
+    server.deinitServer();  // closed first here, the connection is remembered for a minute
+    EXPECT_TRUE(client.isEnded());
+    client.close();
+    EXPECT_EQ(failureOf(server, "127.0.0.1", port), "none");
+}
+
+TEST_F(ListenerTest, WarnsOfNoAddressOfTheLoopbackNetwork) {
+    const test::LogCapture log(log4cpp::Priority::WARN);
+    Server another;
+    try {
+        another.initListener("127.1.2.3", 0);
+    } catch (const BindException&) {
+        GTEST_SKIP() << "the system knows 127.0.0.1 only";
+    }
+    EXPECT_EQ(log.lines(), Lines{});
+}
+
 TEST_F(ListenerTest, FailsForAForeignAddress) {
     EXPECT_EQ(failureOf(server, "192.0.2.1", 0),
               "Bind error to 192.0.2.1:0 (" + std::to_string(EADDRNOTAVAIL) + ")");
