@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "commands/wndutil.h"
+#include "platform/descriptor_limit.h"
 #include "platform/file_desc.h"
 #include "support/held_signals.h"
 #include "support/resource_limit.h"
@@ -134,6 +135,15 @@ TEST_F(ToolLimits, RefusesDescriptorsThatCannotBeWaitedFor) {
     EXPECT_EQ(runFailing(), "pipe() fail (24)");
     used.clear();
     EXPECT_EQ(run(), "ok");
+}
+
+TEST_F(ToolLimits, GivesTheToolTheLimitOfDescriptorsThatTheServerWasStartedWith) {
+    tool("ulimit -Sn");
+    EXPECT_TRUE(inChild([this] {  // the limit is raised once in the life of a process
+        const test::ResourceLimit low(RLIMIT_NOFILE, 100);
+        raiseDescriptorLimit();
+        return run() == "100\n";
+    }));
 }
 
 TEST_F(ToolLimits, WorksWithoutStandardStreams) {

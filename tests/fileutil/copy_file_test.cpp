@@ -1,3 +1,5 @@
+#include "fileutil/copy_file.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -210,6 +212,19 @@ TEST_F(CopyFile, LeavesNoDescriptorOpenWhateverHappens) {
     copying(scratch.path(), scratch / "dst2");
     const int after = test::nextDescriptor();
     EXPECT_EQ(after, before);
+}
+
+TEST(SameFile, HasTheSameNumberOnTheSameDisk) {
+    struct stat file {};
+    file.st_dev = 1;
+    file.st_ino = 2;
+    struct stat other = file;
+    EXPECT_TRUE(isSameFile(file, other));
+    other.st_ino = 3;
+    EXPECT_FALSE(isSameFile(file, other));
+    other = file;
+    other.st_dev = 3;
+    EXPECT_FALSE(isSameFile(file, other));
 }
 
 }  // namespace
