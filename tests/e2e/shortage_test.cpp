@@ -62,6 +62,28 @@ TEST_F(ShortageTest, OfDescriptorsIsWarnedOfWithoutSpinningAndPasses) {
     }
 }
 
+TEST_F(ShortageTest, OfDescriptorsThatHasPassedCostsNothing) {
+    if (isSanitized) {
+        GTEST_SKIP() << "sanitizers need descriptors of their own";
+    }
+    constexpr int watched = 1000;    // milliseconds
+    constexpr long littleTime = 10;  // clock ticks of 10 ms
+    startWith({.configuration = "log4cpp.priority=NOTICE\n",
+               .prepare = [] { limitDescriptors(fewDescriptors); }});
+    {
+        std::vector<ClientSocket> clients;
+        for (rlim_t i = 0; i < fewDescriptors; ++i) {
+            clients.push_back(server().connect());
+        }
+        EXPECT_TRUE(server().waitForLog(acceptError()));
+    }
+    ClientSocket idle = server().connect();
+    EXPECT_EQ(idle.request("currentDir"), currentDir());
+    const long before = server().processorTime();
+    EXPECT_FALSE(idle.hasSomething(watched));
+    EXPECT_LT(server().processorTime(), before + littleTime);
+}
+
 TEST_F(ShortageTest, OfDescriptorsDoesNotKeepTheInactivityTimeFromPassing) {
     if (isSanitized) {
         GTEST_SKIP() << "sanitizers need descriptors of their own";
