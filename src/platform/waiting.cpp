@@ -24,6 +24,9 @@ bool signalsHeld = false;
 volatile std::sig_atomic_t stopWanted = 0;
 void (*actionBeforeWaits)() noexcept = []() noexcept {};
 
+// A longer time is an error of pselect before macOS 10.15 (xnu bsd/kern/kern_time.c, itimerfix).
+constexpr seconds longestWait{100'000'000};
+
 constexpr std::initializer_list<int> signalNumbers = {SIGTERM, SIGINT, SIGCHLD};
 
 // The signal mask for the inside of a wait. The end of a child ends a wait also where signals are
@@ -145,7 +148,7 @@ int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline&
     }
     timespec timeout{};
     if (deadline) {
-        const nanoseconds left = timeUntil(*deadline);
+        const nanoseconds left = std::min<nanoseconds>(timeUntil(*deadline), longestWait);
         const auto whole = duration_cast<seconds>(left);
         timeout = {static_cast<time_t>(whole.count()), static_cast<long>((left - whole).count())};
     }

@@ -57,7 +57,8 @@ Deadline earlier(const Deadline& a, const Deadline& b);
 std::chrono::nanoseconds timeUntil(std::chrono::steady_clock::time_point deadline);
 
 /// pselect(2) with signals let in, after what beforeEveryWait() was given was done. Without a
-/// deadline it waits for ever. Returns what pselect returns; -1 with EINTR after a signal.
+/// deadline it waits for ever; for one that is more than three years away (100,000,000 s) only as
+/// long as that. Returns what pselect returns; -1 with EINTR after a signal.
 int waitForSockets(int nfds, fd_set* readable, fd_set* writable, const Deadline& deadline);
 
 enum class Direction { Read, Write };

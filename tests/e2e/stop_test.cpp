@@ -112,6 +112,13 @@ TEST_F(StopTest, NotAsLongAsRequestsOrConnectionsComeWithinTheInactivityTime) {
     EXPECT_EQ(asking.request("hello"), failure("hello"));
 }
 
+TEST_F(StopTest, NotBeforeTheLongestInactivityTime) {
+    ClientSocket client = start("INACTIVITY=2147483647\n").connect();
+    EXPECT_EQ(client.request("hello"), failure("hello"));
+    EXPECT_FALSE(client.hasSomething(50));
+    EXPECT_EQ(client.request("hello"), failure("hello"));
+}
+
 TEST_F(StopTest, NotWhenAClientLeavesByPolicy0) {
     start("SHUTDOWNONDISCONNECT=0\n");
     server().connect().close();

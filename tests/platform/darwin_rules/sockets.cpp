@@ -3,13 +3,17 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/resource.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <ctime>
 
 #include "platform/darwin_rules/rules.h"
 
@@ -111,6 +115,18 @@ ssize_t sendto(int sock, const void* bytes, std::size_t count, int flags, const 
 ssize_t sendmsg(int sock, const msghdr* message, int flags) {
     static const auto real = next<decltype(&sendmsg)>("sendmsg");
     return real(sock, message, withoutDontWait(flags));
+}
+
+// Before macOS 10.15 three years were the longest time to wait.
+int pselect(int end, fd_set* readable, fd_set* writable, fd_set* urgent, const timespec* timeout,
+            const sigset_t* mask) {
+    static const auto real = next<decltype(&pselect)>("pselect");
+    constexpr time_t longest = 100'000'000;
+    if (hold() && timeout != nullptr && timeout->tv_sec > longest) {
+        errno = EINVAL;
+        return -1;
+    }
+    return real(end, readable, writable, urgent, timeout, mask);
 }
 
 // Only a listener has SO_ACCEPTCONN.
