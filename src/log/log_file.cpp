@@ -31,7 +31,7 @@ bool isRegularFile(int fd) {
 LogFile::LogFile(const std::string& name, int fd)
     : log4cpp::FileAppender(name, fd),
       mayWait_(!isRegularFile(fd)),
-      pending_(std::make_unique_for_overwrite<char[]>(maxPending)) {
+      pending_(new char[maxPending]) {
     beforeEveryWait(flushLog);
     if (auto* const slot = std::find(openLogs.begin(), openLogs.end(), nullptr);
         slot != openLogs.end()) {

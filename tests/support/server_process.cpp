@@ -183,10 +183,12 @@ int ServerProcess::followDetached() {
 }
 
 bool ServerProcess::findDetached() {
-    const std::string commandLine = directory_ / "corvane" + '\0';
+    const std::string program = directory_ / "corvane" + '\0';
     for (const pid_t pid : allProcesses()) {
         // The process in between, if it has not ended yet, leads the session.
-        if (commandLineOf(pid) == commandLine && ::getsid(pid) != pid) {
+        const std::string commandLine =
+            commandLineOf(pid);  // begins with a loader's where one runs it
+        if (commandLine.find(program) != std::string::npos && ::getsid(pid) != pid) {
             pid_ = pid;
             ended_ = false;
         }

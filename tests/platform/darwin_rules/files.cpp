@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstddef>
 
 #include "platform/darwin_rules/rules.h"
 
