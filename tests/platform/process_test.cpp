@@ -70,6 +70,11 @@ TEST_F(StartProgram, GivesTheNullDeviceWhenAsked) {
     EXPECT_EQ(seen, (Lines{"0 /dev/null", "1 /dev/null", "2 /dev/null"}));
 }
 
+TEST_F(StartProgram, GivesANullDeviceThatCanBeReadAndWritten) {
+    const std::string script = "echo lost && echo lost >&2 && ! read line";
+    EXPECT_EQ(statusOf(startProgram({"/bin/sh", "-c", script}, StandardStreams::NullDevice)), 0);
+}
+
 TEST_F(StartProgram, ResetsTheSignalMaskAndAllDispositions) {
     sigset_t all;
     sigset_t previous;
