@@ -133,5 +133,25 @@ TEST(MoveWithoutManager, AllowsForTheBorder) {
     EXPECT_EQ(window.rectangle(), (PixelRectangle{80, 90, 320, 240}));
 }
 
+TEST(MoveWithoutManager, AllowsForTheBorderWhateverTheGravity) {
+    constexpr std::size_t gravityAt = 17;          // in the property WM_NORMAL_HINTS
+    constexpr std::uint32_t hasGravity = 1U << 9;  // its flag PWinGravity
+    const X11Session session(X11Session::Manager::none);
+    const TestWindow window(session, {.wmName = "T", .border = 7});
+    const X11Connection connection(session.display());
+    std::array<std::uint32_t, gravityAt + 1> hints{hasGravity};
+    for (const xcb_gravity_t gravity :
+         {XCB_GRAVITY_CENTER, XCB_GRAVITY_SOUTH_EAST, XCB_GRAVITY_STATIC}) {
+        hints[gravityAt] = gravity;
+        xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, window.id(),
+                            XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(),
+                            hints.data());
+        static_cast<void>(connection.atom("WM_STATE"));  // a round trip: it is in force now
+        const std::string x = std::to_string(80 + gravity);
+        EXPECT_EQ(runTool(session.environment(), {"-n", "T", "-p", x + ",90"}).status, 0);
+        EXPECT_EQ(window.rectangle(), (PixelRectangle{80 + gravity, 90, 320, 240})) << gravity;
+    }
+}
+
 }  // namespace
 }  // namespace corvane::x11test
