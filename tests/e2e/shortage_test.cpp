@@ -97,6 +97,27 @@ TEST_F(ShortageTest, OfDescriptorsDoesNotKeepTheInactivityTimeFromPassing) {
     EXPECT_EQ(server().wait(), 0);
 }
 
+TEST_F(ShortageTest, OfDescriptorsDoesNotBeginAtTheSoftLimit) {
+    constexpr rlim_t soft = 64;
+    constexpr rlim_t connections = 2 * soft;
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    if (limit.rlim_max < 2 * connections) {
+        GTEST_SKIP() << "this system allows no more than " << limit.rlim_max << " descriptors";
+    }
+    startWith({.configuration = "log4cpp.priority=NOTICE\n", .prepare = [] {
+                   rlimit low{};
+                   ::getrlimit(RLIMIT_NOFILE, &low);
+                   low.rlim_cur = soft;
+                   ::setrlimit(RLIMIT_NOFILE, &low);
+               }});
+    std::vector<ClientSocket> clients;
+    for (rlim_t i = 0; i < connections; ++i) {
+        clients.push_back(server().connect());
+        EXPECT_EQ(clients.back().request("currentDir"), currentDir());
+    }
+}
+
 TEST_F(ShortageTest, OfPlaceInTheSelectSetIsWarnedOf) {
     limitDescriptors(manyDescriptors);
     rlimit limit{};
