@@ -8,12 +8,15 @@
 #include <log4cpp/PatternLayout.hh>
 #include <log4cpp/SimpleLayout.hh>
 #include <stdexcept>
+#include <utility>
 
 #include "app/settings.h"
 #include "fileutil/paths.h"
 #include "log/default_layout.h"
 #include "log/log.h"
 #include "log/log_file.h"
+#include "platform/file_desc.h"
+#include "platform/guarded_open.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
@@ -31,13 +34,19 @@ void attach(Category& root, const std::string& name, int fd, const std::string& 
     root.addAppender(appender.release());               // and the category its appenders
 }
 
-int openLog(const std::string& path) {
-    return ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, logFileMode);
+// A pipe that nobody reads is no place for a log; its opening would wait for a reader for ever.
+// Writing does wait, so that no line is lost.
+FileDesc openLog(const std::string& path) {
+    OpenedFile file = openGuarded(AT_FDCWD, path, O_WRONLY | O_APPEND | O_CREAT, logFileMode);
+    if (file.fd != -1) {
+        ::fcntl(file.fd, F_SETFL, O_APPEND);
+    }
+    return std::move(file.fd);
 }
 
-int openLogFile(Category& log, const std::string& fileName) {
+FileDesc openLogFile(Category& log, const std::string& fileName) {
     const std::string path = strconv::utf82acs(getApplicationDirectory() + fileName);
-    int fd = openLog(path);
+    FileDesc fd = openLog(path);
     if (fd != -1) {
         return fd;
     }
@@ -75,7 +84,8 @@ void Log4cppConfigurator::configure(const std::string& name, const Properties& s
     }
     LogLevel::set(priorityOf(wanted.priority));
     log.debug("acs is %d", strconv::getACS());
-    attach(root, "file", openLogFile(log, format("%s%d.log", name.c_str(), port)), wanted.pattern);
+    attach(root, "file", openLogFile(log, format("%s%d.log", name.c_str(), port)).release(),
+           wanted.pattern);
 }
 
 std::unique_ptr<log4cpp::Layout> getLayout(const std::string& spec) {

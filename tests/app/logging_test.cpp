@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <log4cpp/BasicLayout.hh>
 #include <log4cpp/Category.hh>
@@ -12,7 +13,9 @@
 #include <vector>
 
 #include "fileutil/paths.h"
+#include "platform/file_desc.h"
 #include "support/environment.h"
+#include "support/resource_limit.h"
 #include "support/scratch_directory.h"
 #include "text/exception.h"
 
@@ -121,6 +124,28 @@ TEST_F(LoggingTest, FallsBackToAHiddenFileInTheHomeDirectory) {
                                                           (scratch / "home/.cv54321.log") + "'\n");
     Category::getInstance("corvane.test").info("a line");
     EXPECT_EQ(log("home/.cv54321.log"), "a line\n");
+}
+
+TEST_F(LoggingTest, DoesNotWaitForAReaderOfAPipe) {
+    ASSERT_EQ(::mkfifo((scratch / "app/cv54321.log").c_str(), 0600), 0);
+    settings.setProperty("log4cpp.pattern", "%m%n");
+    ::alarm(20);  // instead of hanging for ever
+    configure();
+    Category::getInstance("corvane.test").info("a line");
+    EXPECT_EQ(log("home/.cv54321.log"), "a line\n");
+    ASSERT_EQ(::mkfifo((scratch / "app/cv1.log").c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo((scratch / "home/.cv1.log").c_str(), 0600), 0);
+    EXPECT_THROW(configure(false, 1), ConfigureFailure);
+    ::alarm(0);
+}
+
+TEST_F(LoggingTest, WaitsForRoomInAPipeThatIsRead) {
+    const std::string path = scratch / "app/cv54321.log";
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const FileDesc reader(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const int next = test::nextDescriptor();
+    configure();
+    EXPECT_EQ(::fcntl(next, F_GETFL) & (O_NONBLOCK | O_APPEND), O_APPEND);
 }
 
 TEST_F(LoggingTest, FailsWhenNeitherPlaceCanBeWritten) {

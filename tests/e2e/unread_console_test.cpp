@@ -1,5 +1,8 @@
-// A console that nobody reads, with every line logged: it holds the server up, but not its end.
+// A console or a log that nobody reads, with every line logged: it holds the server up, but not its
+// end.
+#include <fcntl.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <termios.h>
 #include <unistd.h>
@@ -34,11 +37,14 @@ class UnreadConsole : public ServerTest {
         EXPECT_TRUE(waitUntil([this] { return state() == 'S' && waitsInWrite(); }));
     }
     void expectEnd() {
+        expectStatusZero();
+        EXPECT_TRUE(server().hasLogged("NOTICE corvane application terminated"));
+    }
+    void expectStatusZero() {
         const bool ended = waitUntil([this] { return !server().isRunning(); });
         EXPECT_TRUE(ended);
         if (ended) {
             EXPECT_EQ(server().wait(), 0);
-            EXPECT_TRUE(server().hasLogged("NOTICE corvane application terminated"));
         }
     }
     char state() const {
@@ -75,6 +81,33 @@ TEST_F(UnreadConsole, ThatIsAStoppedTerminalDoesNotKeepTheServerFromStopping) {
     holdUp();
     server().signal(SIGTERM);
     expectEnd();
+}
+
+class UnreadLogFile : public UnreadConsole {
+  protected:
+    // The log is a pipe, made with the server's own first steps.
+    void startWithPipe(void (*makePipe)()) {
+        startWith({.configuration = "log4cpp.priority=DEBUG\n", .prepare = makePipe});
+    }
+};
+
+TEST_F(UnreadLogFile, ThatIsAPipeWithoutAReaderGivesWayToTheOneInTheHomeDirectory) {
+    startWithPipe([] { ::mkfifo("cv0.log", 0600); });
+    EXPECT_EQ(server().request("currentDir"), currentDirReply(server().directory().path()));
+    server().signal(SIGTERM);
+    expectStatusZero();
+    const std::string log = readFile(server().home() + "/.cv0.log");
+    EXPECT_NE(log.find("NOTICE corvane application terminated\n"), std::string::npos);
+}
+
+TEST_F(UnreadLogFile, ThatIsAPipeDoesNotKeepTheServerFromStopping) {
+    startWithPipe([] {
+        ::mkfifo("cv0.log", 0600);
+        ::open("cv0.log", O_RDWR);  // a reader, which the server keeps
+    });
+    holdUp();
+    server().signal(SIGTERM);
+    expectStatusZero();
 }
 
 }  // namespace

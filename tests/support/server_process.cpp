@@ -113,13 +113,14 @@ ServerProcess::~ServerProcess() {
 }
 
 bool ServerProcess::findPort() {
-    const std::string text = log();
-    const std::size_t line = text.find("Listening on ");
-    if (line == std::string::npos || text.find('\n', line) == std::string::npos) {
-        return false;
+    for (const std::string& text : {log(), errors()}) {
+        const std::size_t line = text.find("Listening on ");
+        if (line != std::string::npos && text.find('\n', line) != std::string::npos) {
+            port_ = std::stoi(text.substr(text.find(':', line) + 1));
+            return true;
+        }
     }
-    port_ = std::stoi(text.substr(text.find(':', line) + 1));
-    return true;
+    return false;
 }
 
 std::string ServerProcess::log() const {

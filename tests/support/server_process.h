@@ -86,7 +86,7 @@ class ServerProcess {
   private:
     void becomeServer(const Options& options) const;
     void waitUntilServing();
-    /// Looks for the port in the log; returns whether it is there.
+    /// Looks for the port in the log, and on the console; returns whether it is there.
     bool findPort();
     bool findDetached();
 
