@@ -1,8 +1,6 @@
-// The loop when nothing is left to do: how long it waits, and what it keeps. Linux only: it looks
-// at the limits of epoll_wait(2) and at /proc.
+// The loop when nothing is left to do: how long it waits, and what it keeps. Linux only: it takes
+// the place of epoll_wait(2), and looks at /proc.
 #include <gtest/gtest.h>
-#include <sys/epoll.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,25 +9,9 @@
 
 #include "platform/system.h"
 #include "server/server_fixture.h"
+#include "server/virtual_time_linux.h"
 #include "support/process_status.h"
 #include "support/sanitized.h"
-
-namespace corvane {
-namespace {
-
-/// The limits of the waits, in milliseconds, while a test wants to know them.
-std::vector<int>* limits = nullptr;
-
-}  // namespace
-}  // namespace corvane
-
-// Takes the place of the C library's function in this program.
-extern "C" int epoll_wait(int queue, epoll_event* events, int room, int limit) {
-    if (corvane::limits != nullptr) {
-        corvane::limits->push_back(limit);
-    }
-    return static_cast<int>(::syscall(SYS_epoll_pwait, queue, events, room, limit, nullptr, 0));
-}
 
 namespace corvane {
 namespace {
@@ -42,27 +24,34 @@ class HeavyServer : public Server {
     void processClientCommand(int /*sock*/, const std::string& /*cmd*/,
                               std::istream& /*params*/) override {
         expectFreedMemory();
+        hasServed = true;
     }
+
+    bool hasServed = false;
 };
 
 class ServerAtRest : public ServerFixture {};
 
 TEST_F(ServerAtRest, CountsItsInactivityFromTheLastRequestOn) {
-    constexpr int secondsMemoryIsKept = 1;
-    std::vector<int> waits;
+    static constexpr std::chrono::seconds memoryIsKept{1};
     HeavyServer heavy;
     heavy.options.inactivity = 2;
     heavy.initListener("127.0.0.1", 0);
     const std::string where = heavy.listeners.front().address;
     test::ClientSocket client(std::stoi(where.substr(where.find(':') + 1)));
     client.send("heavy\0"s);
-    limits = &waits;
+    while (heavy.clients.empty()) {
+        heavy.processListener(heavy.listeners.front().sock);
+    }
+    while (!heavy.hasServed) {
+        heavy.processClient(heavy.clients.descriptors().front());
+    }
+    const test::VirtualTime time;
     heavy.process();
-    limits = nullptr;
-    const auto isShort = [](int limit) { return limit <= secondsMemoryIsKept * 1000; };
-    const auto first = std::find_if(waits.begin(), waits.end(), isShort);
-    EXPECT_GT(waits.end() - first, 1) << "one until memory is given back, one for the rest";
-    EXPECT_TRUE(std::all_of(first, waits.end(), isShort)) << "started anew";
+    EXPECT_EQ(time.waits().size(), 2U) << "one until memory is given back, one for the rest";
+    EXPECT_TRUE(std::all_of(time.waits().begin(), time.waits().end(), [](auto length) {
+        return length <= memoryIsKept;
+    })) << "started anew";
 }
 
 TEST_F(ServerAtRest, HasGivenTheMemoryOfClientsThatSentAheadBack) {
