@@ -3,13 +3,14 @@
 Usage: end_to_end_test.py SERVER CORVANECTL COMPLETION
 """
 import os
-import re
-import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
+
+sys.path.append(str(Path(__file__).resolve().parents[1]))
+from support.server_process import ServerProcess
 
 SERVER, CLIENT, COMPLETION = (Path(p).resolve() for p in sys.argv[1:4])
 
@@ -20,27 +21,10 @@ class CorvanectlTest(unittest.TestCase):
         self.addCleanup(scratch.cleanup)
         self.home = Path(scratch.name)
         (self.home / "Desktop").mkdir()
-        app = self.home / "app"
-        app.mkdir()
-        shutil.copy2(SERVER, app / "corvane")
-        (app / "corvane.conf").write_text("PORT=0\nlog4cpp.priority=NOTICE\n")
-        environment = dict(os.environ, HOME=str(self.home))
-        self.server = subprocess.Popen(
-            [app / "corvane"], env=environment, cwd=self.home, text=True,
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        self.addCleanup(self.end_server)
-        self.port = self.wait_for_port()
-
-    def end_server(self):
-        self.server.kill()
-        self.server.wait()
-        self.server.stderr.close()
-
-    def wait_for_port(self):
-        for line in self.server.stderr:
-            if found := re.search(r"Listening on [\d.]+:(\d+)", line):
-                return found.group(1)
-        self.fail("the server has not started")
+        self.server = ServerProcess(self.home, SERVER, "log4cpp.priority=NOTICE\n",
+                                    environment={"HOME": str(self.home)})
+        self.addCleanup(self.server.kill)
+        self.port = str(self.server.port)
 
     def run_client(self, *arguments, data=b""):
         return subprocess.run([CLIENT, "--port", self.port, *arguments], input=data,
@@ -79,7 +63,7 @@ class CorvanectlTest(unittest.TestCase):
 
     def test_stops_the_server(self):
         self.expect(0, b"", "shutdown")
-        self.assertEqual(self.server.wait(timeout=60), 0)
+        self.assertEqual(self.server.wait_for_end(), 0)
         self.assertIn("cannot connect", self.expect(2, b"", "userDir"))
 
     def test_sends_nothing_that_would_break_the_request(self):

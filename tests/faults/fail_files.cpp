@@ -15,9 +15,6 @@ namespace {
 
 using namespace corvane::faults;
 
-// The error mark of a glibc stream, which has no function to set it.
-constexpr int streamError = 0x20;
-
 mode_t modeOf(int flags, va_list arguments) {
     return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
 }
@@ -118,25 +115,6 @@ ssize_t copy_file_range(int from, off64_t* fromOffset, int to, off64_t* toOffset
         return next(from, fromOffset, to, toOffset, count, flags);
     }
     return halves() ? next(from, fromOffset, to, toOffset, half(count), flags) : -1;
-}
-
-std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, FILE* file) {
-    static const auto next = real<decltype(&fwrite)>("fwrite");
-    if (!isTheOne("fwrite")) {
-        return next(bytes, size, count, file);
-    }
-    const std::size_t written = next(bytes, size, count / 2, file);
-    file->_flags |= streamError;
-    errno = faultError();
-    return written;
-}
-
-int fclose(FILE* file) {
-    static const auto next = real<decltype(&fclose)>("fclose");
-    const bool failing = isTheOne("fclose");
-    const int result = next(file);
-    errno = failing ? faultError() : errno;
-    return failing ? EOF : result;
 }
 
 }  // extern "C"

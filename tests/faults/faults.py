@@ -26,7 +26,7 @@ class Fault:
     def must_fail_a_request(self):
         """The end of a file tells of what could not be stored, and a move waits for the disk: no
         success may hide it."""
-        return self.call in ("close_written", "fclose", "fsync")
+        return self.call in ("close_written", "fsync")
 
     def may_shorten(self, request):
         """A directory that cannot be read to its end is listed as far as it can."""
@@ -60,12 +60,10 @@ ERRORS = {
     "copy_file_range": [errno.ENOSPC, errno.EXDEV, HALF],
     "epoll_ctl": [errno.ENOSPC, errno.ENOMEM],
     "epoll_wait": [errno.ENOMEM, errno.EINTR],
-    "fclose": [errno.ENOSPC],
     "fcntl": [errno.EMFILE],
     "fdopendir": [errno.ENOMEM],
     "fork": [errno.EAGAIN],
     "fsync": [errno.EIO],
-    "fwrite": [errno.ENOSPC],
     "malloc": [errno.ENOMEM],
     "mkdirat": [errno.ENOSPC],
     "open": [errno.EMFILE, errno.EACCES],

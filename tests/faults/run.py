@@ -9,9 +9,10 @@ import tempfile
 from collections import Counter
 from concurrent.futures import ThreadPoolExecutor
 
-from faults import faults
+from faults import ERRORS, faults
 from scripted_requests import GROUPS, SUCCESS
-from server import Hang, Server
+from server import Server
+from support.server_process import Hang
 
 # More calls than the script of requests makes of any function.
 MOST_CALLS = 5000
@@ -29,36 +30,40 @@ def check_end(server, fault):
     return f"ended with status {status}"
 
 
+def serve_and_check(server, fault):
+    """Serves all requests. Returns how they ended, and what is wrong."""
+    results = [result for group in GROUPS for result in server.serve(group)]
+    problems = [f"{request}: {problem}" for request, outcome, reply in results
+                if not fault.may_shorten(request) and
+                (problem := request.check(server.work, fault.believed(outcome), reply))]
+    bad = [f"{request}: {outcome}" for request, outcome, _ in results if outcome != SUCCESS]
+    outcomes = Counter(outcome for _, outcome, _ in results)
+    outcomes["texts"] = int(fault.log_text in server.log())
+    serving = server.serves()
+    if bad and serving and (len(bad) > 1 or fault.must_not_be_noticed or not server.fault_happened):
+        problems.append(f"failed requests: {bad}")
+    if fault.must_fail_a_request and server.fault_happened and not bad:
+        problems.append("no request failed")
+    if serving:
+        server.check_nothing_kept()
+    if serving and not server.ended():
+        if status := server.stop():
+            problems.append(f"ended with status {status}")
+    else:
+        outcomes["server aborted" if server.wait_for_end() else "server ended"] += 1
+        problems.append(check_end(server, fault))
+    return outcomes, [problem for problem in problems if problem]
+
+
 def run_once(arguments, fault, nth):
     """One run. Returns whether the fault happened, how the requests ended, and what is wrong."""
     with tempfile.TemporaryDirectory(prefix="corvane-faults-") as directory:
-        server = Server(directory, arguments.server, arguments.library, fault, nth)
-        try:
-            results = [result for group in GROUPS for result in server.serve(group)]
-            problems = [f"{request}: {problem}" for request, outcome, reply in results
-                        if not fault.may_shorten(request) and
-                        (problem := request.check(server.work, fault.believed(outcome), reply))]
-            bad = [f"{request}: {outcome}" for request, outcome, _ in results if outcome != SUCCESS]
-            outcomes = Counter(outcome for _, outcome, _ in results)
-            outcomes["texts"] = int(fault.log_text in server.log())
-            serving = server.serves()
-            if bad and serving and (len(bad) > 1 or fault.must_not_be_noticed or not server.fault_happened):
-                problems.append(f"failed requests: {bad}")
-            if fault.must_fail_a_request and server.fault_happened and not bad:
-                problems.append("no request failed")
-            if serving:
-                server.check_nothing_kept()
-            if serving and not server.ended():
-                if status := server.stop():
-                    problems.append(f"ended with status {status}")
-            else:
-                outcomes["server aborted" if server.wait_for_end() else "server ended"] += 1
-                problems.append(check_end(server, fault))
-            return server.fault_happened, outcomes, [problem for problem in problems if problem]
-        except (Hang, OSError) as error:
-            return server.fault_happened, Counter(), [f"{type(error).__name__}: {error}"]
-        finally:
-            server.kill()
+        with Server(directory, arguments.server, arguments.library, fault, nth) as server:
+            try:
+                outcomes, problems = serve_and_check(server, fault)
+            except (Hang, OSError) as error:
+                outcomes, problems = Counter(), [f"{type(error).__name__}: {error}"]
+            return server.fault_happened, outcomes, problems
 
 
 def run_fault(arguments, fault):
@@ -71,7 +76,9 @@ def run_fault(arguments, fault):
             break
         outcomes += run_outcomes
         outcomes["faults"] += 1
-    if fault.log_text and not outcomes["texts"]:
+    if not outcomes["faults"]:
+        problems.append(f"{fault}: there is no such call")
+    elif fault.log_text and not outcomes["texts"]:
         problems.append(f"{fault}: the log never says {fault.log_text!r}")
     return fault, outcomes, problems
 
@@ -84,6 +91,8 @@ def main():
     parser.add_argument("--call", help="this function only")
     arguments = parser.parse_args()
     chosen = [fault for fault in faults(arguments.quick) if arguments.call in (None, fault.call)]
+    if not chosen:
+        parser.error(f"no faults are known for {arguments.call}; calls with some: {' '.join(ERRORS)}")
     total, broken = Counter(), 0
     with ThreadPoolExecutor(max_workers=2) as pool:
         for fault, outcomes, problems in pool.map(lambda fault: run_fault(arguments, fault), chosen):
@@ -92,9 +101,9 @@ def main():
             print(f"{str(fault):28} {outcomes['faults']:4} faults", *problems, sep="\n    ", flush=True)
     print("faults survived: {faults}; requests: {SUCCESS} answered SUCCESS, {FAILED} FAILED, "
           "{closed} connections closed; {ended} orderly ends, {aborted} aborts".format(
-              **{"SUCCESS": 0, "FAILED": 0, "closed": 0} | total, ended=total["server ended"],
+              **{"faults": 0, "SUCCESS": 0, "FAILED": 0, "closed": 0} | total, ended=total["server ended"],
               aborted=total["server aborted"]))
-    return 1 if broken or not total["faults"] else 0
+    return 1 if broken else 0
 
 
 if __name__ == "__main__":

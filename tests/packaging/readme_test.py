@@ -2,7 +2,6 @@
 
 Usage: readme_test.py SOURCE_DIRECTORY SERVER
 """
-import os
 import re
 import shutil
 import subprocess
@@ -10,6 +9,9 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
+
+sys.path.append(str(Path(__file__).resolve().parents[1]))
+from support.server_process import ServerProcess
 
 ROOT, SERVER = (Path(argument).resolve() for argument in sys.argv[1:3])
 
@@ -26,23 +28,14 @@ class ReadmeTest(unittest.TestCase):
         ask, stop = re.findall(r"^    \$ (.*)$", section, re.M)
         shown = re.search(r"^    (<.*)$", section, re.M).group(1)
         with tempfile.TemporaryDirectory() as scratch:
-            program = Path(scratch) / "corvane"
-            shutil.copy2(SERVER, program)
-            (Path(scratch) / "corvane.conf").write_text("PORT=0\nlog4cpp.priority=NOTICE\n")
-            environment = dict(os.environ, HOME="/home/me")
-            with subprocess.Popen([program], env=environment, text=True, stdin=subprocess.DEVNULL,
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.PIPE) as server:
-                try:
-                    port = next(found.group(1) for line in server.stderr
-                                if (found := re.search(r"Listening on [\d.]+:(\d+)", line)))
-                    output = [subprocess.run(["sh", "-c", command.replace("54321", port)],
-                                             stdout=subprocess.PIPE, timeout=60, check=False).stdout
-                              for command in (ask, stop)]
-                    self.assertEqual(output, [shown.encode() + b"\0", b""])
-                    self.assertIn("application terminated", server.stderr.read())
-                    self.assertEqual(server.wait(timeout=60), 0)
-                finally:
-                    server.kill()
+            with ServerProcess(scratch, SERVER, "log4cpp.priority=NOTICE\n",
+                               environment={"HOME": "/home/me"}) as server:
+                output = [subprocess.run(["sh", "-c", command.replace("54321", str(server.port))],
+                                         stdout=subprocess.PIPE, timeout=60, check=False).stdout
+                          for command in (ask, stop)]
+                self.assertEqual(output, [shown.encode() + b"\0", b""])
+                self.assertEqual(server.wait_for_end(), 0)
+                self.assertIn("application terminated", server.log())
 
 
 if __name__ == "__main__":

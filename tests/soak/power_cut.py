@@ -8,8 +8,6 @@ Says why it skips where it may not make a disk (that takes root and a loop devic
 import argparse
 import fcntl
 import os
-import re
-import socket
 import struct
 import subprocess
 import sys
@@ -18,7 +16,9 @@ import time
 from contextlib import ExitStack
 from pathlib import Path
 
-PATIENCE = 60  # seconds
+sys.path.append(str(Path(__file__).resolve().parents[1]))
+from support.server_process import ServerProcess, ask
+
 DISK_SIZE = 256 << 20
 SHUTDOWN = 0x8004587D  # EXT4_IOC_SHUTDOWN
 LOSE_THE_LOG = struct.pack("I", 2)  # EXT4_GOING_FLAGS_NOLOGFLUSH
@@ -72,42 +72,23 @@ class Disk:
         self.mount()
 
 
-class Server:
+class Server(ServerProcess):
+    """With one connection for all requests."""
+
     def __init__(self, directory, executable):
-        program = directory / "program"
-        program.mkdir()
-        (program / "corvane").symlink_to(Path(executable).resolve())
-        (program / "corvane.conf").write_text("PORT=0\n")
-        self.log = program / "cv0.log"
-        self.process = subprocess.Popen(
-            [program / "corvane"], cwd=directory, env={"HOME": str(directory), "PATH": os.environ["PATH"]},
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        end = time.monotonic() + PATIENCE
-        while not (port := self._port()):
-            if time.monotonic() > end:
-                raise RuntimeError("the server does not start")
-            time.sleep(0.002)
-        self.connection = socket.create_connection(("127.0.0.1", int(port[1])), timeout=PATIENCE)
+        super().__init__(directory, executable, environment={"HOME": str(directory)})
+        self.connection = self.connect()
 
-    def _port(self):
-        text = self.log.read_text() if self.log.exists() else ""
-        return re.search(r"Listening on 127\.0\.0\.1:(\d+)\n", text)
-
-    def ask(self, *lines):
+    def succeeds(self, *lines):
         """Whether the request succeeded."""
-        self.connection.sendall("\n".join(map(str, lines)).encode() + b"\0")
-        reply = b""
-        while not reply.endswith(b"\0"):
-            piece = self.connection.recv(1 << 16)
-            if not piece:
-                raise RuntimeError("the server closed the connection")
-            reply += piece
-        return b'Result="SUCCESS"' in reply
+        reply = ask(self.connection, "\n".join(map(str, lines)))
+        if not reply:
+            raise RuntimeError("the server closed the connection")
+        return ' Result="SUCCESS"' in reply
 
     def stop(self):
         self.connection.close()
-        self.process.terminate()
-        self.process.wait(PATIENCE)
+        return super().stop()
 
 
 def move_through_a_cut(server, disk, size):
@@ -116,7 +97,7 @@ def move_through_a_cut(server, disk, size):
     source, target = disk.place / f"from{size}", disk.place / f"to{size}"
     source.write_bytes(contents)
     os.sync()
-    if not server.ask("rename", source, target):
+    if not server.succeeds("rename", source, target):
         return f"{size} bytes: the move failed"
     disk.commit_names()
     disk.cut_power()
@@ -141,11 +122,11 @@ def costs(server, disk, size):
     names = [source, disk.place / "cost2"]
 
     def copy_and_delete(nth):
-        server.ask("copy", names[nth % 2], names[1 - nth % 2], "true", "", "")
-        server.ask("delete", names[nth % 2])
+        server.succeeds("copy", names[nth % 2], names[1 - nth % 2], "true", "", "")
+        server.succeeds("delete", names[nth % 2])
 
     loose = milliseconds(copy_and_delete, 20)
-    safe = milliseconds(lambda nth: server.ask("rename", names[nth % 2], names[1 - nth % 2]), 20)
+    safe = milliseconds(lambda nth: server.succeeds("rename", names[nth % 2], names[1 - nth % 2]), 20)
     return f"{size} bytes {safe:.1f} ms (copy and delete {loose:.1f} ms)"
 
 
