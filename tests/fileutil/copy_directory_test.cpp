@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 #include "support/unix_socket.h"
@@ -22,15 +22,7 @@ using test::Tree;
 using test::treeAt;
 using test::withCode;
 
-class CopyDirectory : public ::testing::Test {
-  protected:
-    std::string copying(const std::string& src, const std::string& dst,
-                        const CopyOptions* options = nullptr) {
-        return thrownBy<IOException>([&] { copyDirectory(src, dst, options); });
-    }
-
-    test::ScratchDirectory scratch;
-};
+class CopyDirectory : public test::TreeCopyTest {};
 
 TEST_F(CopyDirectory, PutsTheContentsIntoTheTarget) {
     scratch.file("src/a.txt", "1");

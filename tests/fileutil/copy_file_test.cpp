@@ -9,9 +9,9 @@
 #include <filesystem>
 
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "platform/file_desc.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 #include "support/unix_socket.h"
@@ -32,13 +32,11 @@ std::string patterned(std::size_t size) {
     return text;
 }
 
-class CopyFile : public ::testing::Test {
+class CopyFile : public test::FilesTest {
   protected:
     std::string copying(const std::string& src, const std::string& dst) {
         return thrownBy<IOException>([&] { copyFile(src, dst); });
     }
-
-    test::ScratchDirectory scratch;
 };
 
 TEST_F(CopyFile, CopiesFilesOfAllSizes) {

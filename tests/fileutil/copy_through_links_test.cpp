@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "fileutil/file_operations.h"
-#include "support/scratch_directory.h"
+#include "fileutil/files_fixture.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 #include "support/working_directory.h"
@@ -19,14 +19,7 @@ using test::Tree;
 using test::treeAt;
 using test::withCode;
 
-class CopyThroughLinks : public ::testing::Test {
-  protected:
-    std::string copying(const std::string& src, const std::string& dst) {
-        return thrownBy<IOException>([&] { copyDirectory(src, dst, nullptr); });
-    }
-
-    test::ScratchDirectory scratch;
-};
+class CopyThroughLinks : public test::TreeCopyTest {};
 
 TEST_F(CopyThroughLinks, RefusesWhatIsBelowTheSourceHoweverItIsNamed) {
     scratch.file("src/a", "1");

@@ -9,9 +9,9 @@
 
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "platform/file_desc.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 
 namespace corvane {
@@ -19,7 +19,7 @@ namespace {
 
 constexpr int levels = 1000;
 
-class DeepTree : public ::testing::Test {
+class DeepTree : public test::FilesTest {
   protected:
     // Runs `visit` with the open directory of each level, from the top.
     template <typename Visit>
@@ -41,8 +41,6 @@ class DeepTree : public ::testing::Test {
             ASSERT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
         });
     }
-
-    test::ScratchDirectory scratch;
     // Long, with a blank and bytes that are no UTF-8.
     std::string name = std::string(200, 'n') + " \xFF\n";
 };

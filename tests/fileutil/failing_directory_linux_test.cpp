@@ -11,7 +11,7 @@
 
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
-#include "support/scratch_directory.h"
+#include "fileutil/files_fixture.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 
@@ -57,7 +57,7 @@ extern "C" dirent* readdir(DIR* directory) {
 namespace corvane {
 namespace {
 
-class UnreadableRest : public testing::Test {
+class UnreadableRest : public test::FilesTest {
   protected:
     UnreadableRest() {
         scratch.file("d/a");
@@ -73,8 +73,6 @@ class UnreadableRest : public testing::Test {
         entriesLeft = -1;
         return message;
     }
-
-    test::ScratchDirectory scratch;
 };
 
 TEST_F(UnreadableRest, IsLeftOutOfAListing) {

@@ -7,11 +7,11 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "fileutil/files_fixture.h"
 #include "fileutil/paths.h"
 #include "platform/system.h"
 #include "support/environment.h"
 #include "support/log_capture.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 #include "support/working_directory.h"
 
@@ -21,9 +21,8 @@ namespace {
 using test::EnvironmentVariable;
 using Lines = std::vector<std::string>;
 
-class Directories : public ::testing::Test {
+class Directories : public test::FilesTest {
   protected:
-    test::ScratchDirectory scratch;
     test::LogCapture log;
 };
 

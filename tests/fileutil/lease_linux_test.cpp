@@ -3,17 +3,14 @@
 #include <gtest/gtest.h>
 
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "fileutil/properties.h"
 #include "support/lease.h"
-#include "support/scratch_directory.h"
 
 namespace corvane {
 namespace {
 
-class LeasedFile : public testing::Test {
-  protected:
-    test::ScratchDirectory scratch;
-};
+class LeasedFile : public test::FilesTest {};
 
 TEST_F(LeasedFile, IsWaitedForAsTheSourceOfACopy) {
     const test::Lease lease(scratch.file("src", "text"));

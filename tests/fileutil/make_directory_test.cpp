@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "fileutil/file_operations.h"
-#include "support/scratch_directory.h"
+#include "fileutil/files_fixture.h"
 #include "support/thrown.h"
 
 namespace corvane {
@@ -13,10 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::thrownBy;
 
-class MakeDirectory : public ::testing::Test {
-  protected:
-    test::ScratchDirectory scratch;
-};
+class MakeDirectory : public test::FilesTest {};
 
 TEST_F(MakeDirectory, CreatesOneLevelOfADirectory) {
     EXPECT_TRUE(makeDirectory(scratch / "a"));

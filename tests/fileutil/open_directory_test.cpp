@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "fileutil/files_fixture.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/working_directory.h"
 
 namespace corvane {
@@ -17,13 +17,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class OpenDirectories : public ::testing::Test {
+class OpenDirectories : public test::FilesTest {
   protected:
     FileDesc open(const std::string& path) const {
         return openDirectory(path, DirectoryAccess::Read);
     }
-
-    test::ScratchDirectory scratch;
 };
 
 TEST_F(OpenDirectories, KnowWhetherAPathLiesWithin) {

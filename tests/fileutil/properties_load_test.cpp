@@ -9,10 +9,10 @@
 #include <fstream>
 #include <vector>
 
+#include "fileutil/files_fixture.h"
 #include "fileutil/properties.h"
 #include "platform/waiting.h"
 #include "support/held_signals.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 
 namespace corvane {
@@ -25,7 +25,7 @@ double processorSeconds(Work work) {
     return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
-class PropertiesLoad : public testing::Test {
+class PropertiesLoad : public test::FilesTest {
   protected:
     std::string fileOfLines(int count) {
         std::string text;
@@ -34,8 +34,6 @@ class PropertiesLoad : public testing::Test {
         }
         return scratch.file("f", text);
     }
-
-    test::ScratchDirectory scratch;
     Properties store{false};
 };
 

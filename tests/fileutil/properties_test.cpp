@@ -6,21 +6,19 @@
 
 #include <string>
 
-#include "support/scratch_directory.h"
+#include "fileutil/files_fixture.h"
 #include "support/thrown.h"
 
 namespace corvane {
 namespace {
 
-class PropertiesFile : public ::testing::Test {
+class PropertiesFile : public test::FilesTest {
   protected:
     void load(Properties& target, const std::string& text) {
         target.load(scratch.file("settings.conf", text));
     }
     void load(const std::string& text) { load(store, text); }
     std::string value(const std::string& key) { return store.getPropertyAsString(key, "(absent)"); }
-
-    test::ScratchDirectory scratch;
     Properties store{false};
 };
 

@@ -6,8 +6,8 @@
 #include <filesystem>
 
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 #include "support/unix_socket.h"
@@ -20,10 +20,7 @@ namespace fs = std::filesystem;
 using test::thrownBy;
 using test::withCode;
 
-class Removing : public ::testing::Test {
-  protected:
-    test::ScratchDirectory scratch;
-};
+class Removing : public test::FilesTest {};
 
 TEST_F(Removing, RemovesAFile) {
     const std::string file = scratch.file("file");

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "support/held_signals.h"
-#include "support/scratch_directory.h"
 #include "support/signal_action.h"
 #include "support/thrown.h"
 #include "support/tree.h"
@@ -61,7 +61,7 @@ using test::Tree;
 using test::treeAt;
 using test::withCode;
 
-class RenameSafety : public testing::Test {
+class RenameSafety : public test::FilesTest {
   protected:
     RenameSafety() { watched = &syncs; }
     ~RenameSafety() override { watched = nullptr; }
@@ -70,8 +70,6 @@ class RenameSafety : public testing::Test {
         syncs.source = src;
         return thrownBy<IOException>([&] { renameFile(src, dst); });
     }
-
-    test::ScratchDirectory scratch;
     Syncs syncs;
 };
 

@@ -5,8 +5,8 @@
 #include <filesystem>
 
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 #include "support/working_directory.h"
@@ -20,13 +20,11 @@ using test::Tree;
 using test::treeAt;
 using test::withCode;
 
-class RenameFile : public ::testing::Test {
+class RenameFile : public test::FilesTest {
   protected:
     std::string renaming(const std::string& src, const std::string& dst) {
         return thrownBy<IOException>([&] { renameFile(src, dst); });
     }
-
-    test::ScratchDirectory scratch;
 };
 
 TEST_F(RenameFile, MovesAFile) {

@@ -8,8 +8,8 @@
 #include <map>
 
 #include "fileutil/file_info.h"
+#include "fileutil/files_fixture.h"
 #include "support/resource_limit.h"
-#include "support/scratch_directory.h"
 #include "support/thrown.h"
 #include "support/unix_socket.h"
 #include "support/working_directory.h"
@@ -17,7 +17,7 @@
 namespace corvane {
 namespace {
 
-class ScanDirectory : public ::testing::Test {
+class ScanDirectory : public test::FilesTest {
   protected:
     // "TYPE ATTRIBUTES" of each entry by its name.
     std::map<std::string, std::string> scan() const {
@@ -29,8 +29,6 @@ class ScanDirectory : public ::testing::Test {
         }
         return found;
     }
-
-    test::ScratchDirectory scratch;
 };
 
 using Found = std::map<std::string, std::string>;

@@ -14,9 +14,9 @@
 #include "fileutil/copy_file.h"
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
+#include "fileutil/files_fixture.h"
 #include "platform/waiting.h"
 #include "support/held_signals.h"
-#include "support/scratch_directory.h"
 #include "support/signal_action.h"
 #include "support/thrown.h"
 #include "support/tree.h"
@@ -31,7 +31,7 @@ using test::withCode;
 constexpr std::size_t severalBlocks = 40'000'000;
 constexpr std::size_t lessThanABlockOfTheKernel = 100'000;
 
-class Stopping : public testing::Test {
+class Stopping : public test::FilesTest {
   protected:
     Stopping() {
         scratch.file("src/a", "text");
@@ -75,8 +75,6 @@ class Stopping : public testing::Test {
         requestStop();
         copyContents(source, std::move(target), from, to, durability);
     }
-
-    test::ScratchDirectory scratch;
 };
 
 TEST_F(Stopping, EndsACopyAndRemovesThePartialTarget) {
