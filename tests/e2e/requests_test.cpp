@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include "e2e/server_test.h"
-#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -162,35 +161,6 @@ TEST_F(RequestsTest, OfTenMebibytesWriteAWholeFile) {
     EXPECT_EQ(client.reply(), success("write"));
     EXPECT_EQ(client.reply(), currentDir());
     EXPECT_TRUE(readFile(path) == data);
-}
-
-TEST_F(RequestsTest, ThatAreLargeGiveTheirMemoryBackSoon) {
-    if (isSanitized) {
-        GTEST_SKIP() << "sanitizers keep what is freed for a while";
-    }
-    constexpr std::size_t size = std::size_t{64} * 1024 * 1024;
-    constexpr long little = 8L * 1024;  // KiB
-    start("log4cpp.priority=NOTICE\n");
-    ClientSocket client = server().connect();
-    client.request("currentDir");
-    const long before = server().residentMemory();
-    const auto isGivenBack = [&] {
-        return waitUntil([&] { return server().residentMemory() < before + little; });
-    };
-    const std::string large(size, 'x');
-    EXPECT_EQ(client.request("unknown\n" + large), failure("unknown"));
-    EXPECT_EQ(client.request("currentDir"), currentDir());
-    EXPECT_TRUE(isGivenBack());
-    {
-        ClientSocket ending = server().connect();
-        ending.send("write\nnever complete\n" + large);
-    }
-    EXPECT_EQ(client.request("currentDir"), currentDir());
-    EXPECT_TRUE(isGivenBack());
-    ClientSocket page = server().connect();
-    page.send("GET /" + large + " HTTP/1.1\r\n");
-    EXPECT_EQ(client.request("currentDir"), currentDir());
-    EXPECT_TRUE(isGivenBack());
 }
 
 TEST_F(RequestsTest, AreAnsweredWithoutWaitingForAnAcknowledgement) {
