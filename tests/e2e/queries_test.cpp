@@ -1,5 +1,9 @@
 // Dispatch, and the commands that ask for the user's environment.
+#include <filesystem>
+#include <fstream>
+
 #include "e2e/server_test.h"
+#include "support/sanitized.h"
 
 namespace corvane::test {
 namespace {
@@ -87,6 +91,29 @@ TEST_F(QueriesTest, ForTheUserNameSucceed) {
     const std::string expected = success("userName", valueDetail("?"), "userName");
     const std::size_t name = expected.find('?');
     EXPECT_EQ(server().request("userName").substr(0, name), expected.substr(0, name));
+}
+
+TEST_F(QueriesTest, OfALargeRegistryGiveItsMemoryBack) {
+    if (isSanitized) {
+        GTEST_SKIP() << "sanitizers keep what is freed for a while";
+    }
+    constexpr int entries = 200'000;
+    constexpr long little = 8L * 1024;  // KiB
+    std::string registry;
+    for (int i = 0; i < entries; ++i) {
+        registry +=
+            "HKEY_CURRENT_USER/large:" + std::to_string(i) + "=" + std::string(80, 'x') + "\n";
+    }
+    registry += "HKEY_CURRENT_USER/large:last=here\n";
+    const std::filesystem::path directory = server().home() + "/.corvane";
+    std::filesystem::create_directories(directory);
+    std::ofstream(directory / "registry.txt") << registry;
+    ClientSocket client = server().connect();
+    client.request("currentDir");
+    const long before = server().residentMemory();
+    EXPECT_EQ(client.request("regQueryValue\nHKEY_CURRENT_USER\nlarge\nlast"),
+              success("regQueryValue", valueDetail("here"), "HKEY_CURRENT_USER/large:last"));
+    EXPECT_TRUE(waitUntil([&] { return server().residentMemory() < before + little; }));
 }
 
 }  // namespace
