@@ -25,6 +25,9 @@ int closedWith = EACCES;
 /// The entries that the next directories show before an error; negative for all.
 int entriesLeft = -1;
 
+/// Whether an entry tells what it is, as on most file systems.
+bool tellsKinds = true;
+
 }  // namespace
 }  // namespace corvane
 
@@ -51,7 +54,11 @@ extern "C" dirent* readdir(DIR* directory) {
     if (corvane::entriesLeft > 0) {
         --corvane::entriesLeft;
     }
-    return next(directory);
+    dirent* const entry = next(directory);
+    if (entry != nullptr && !corvane::tellsKinds) {
+        entry->d_type = DT_UNKNOWN;
+    }
+    return entry;
 }
 
 namespace corvane {
@@ -129,6 +136,23 @@ TEST_F(ClosedDirectory, IsNotCopiedIntoFromAbove) {
               "cannot copy directory '" + scratch.path() + "' into itself as '" +
                   (scratch / "dst/") + "' (22)");
     EXPECT_TRUE(std::filesystem::is_empty(scratch / "dst"));
+}
+
+TEST(EntriesOfUnknownKind, AreDirectoriesButNotTheLinksToSome) {
+    const test::ScratchDirectory scratch;
+    scratch.file("target/kept");
+    scratch.file("d/directory/file");
+    std::filesystem::create_directory_symlink("../target", scratch / "d/link");
+    tellsKinds = false;
+    std::string directories;
+    for (const FileInfo& entry : scanDirectory(scratch / "d")) {
+        directories += entry.type == 1 && entry.name.front() != '.' ? entry.name : "";
+    }
+    removeDirectory(scratch / "d", true);
+    tellsKinds = true;
+    EXPECT_EQ(directories, "directory");
+    EXPECT_FALSE(std::filesystem::exists(scratch / "d"));
+    EXPECT_TRUE(std::filesystem::exists(scratch / "target/kept"));
 }
 
 }  // namespace
