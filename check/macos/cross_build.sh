@@ -72,11 +72,14 @@ build_libraries() {
 
 # Everything that a user's build makes, with the tests unless $tests is OFF, configured as
 # script/server does it, but optimised less, which saves half of the time. Functions that nothing uses
-# stay in: what they call must exist on macOS like the rest.
+# stay in: what they call must exist on macOS like the rest. Arguments behind the architecture go to
+# CMake.
 build_project() {
     local arch=$1
+    shift
     (cd "$root" && configure "$build/$arch" "$arch" --preset release \
-        -DCORVANE_TESTS="${tests:-ON}" -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
-        -DCMAKE_EXE_LINKER_FLAGS="-Wl,--no-gc-sections $link_log4cpp")
+        -DCORVANE_TESTS="${tests:-ON}" -DCORVANE_EVENT_QUEUE=ON \
+        -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
+        -DCMAKE_EXE_LINKER_FLAGS="-Wl,--no-gc-sections $link_log4cpp" "$@")
     compile "$build/$arch" all
 }

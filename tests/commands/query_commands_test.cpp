@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "fileutil/paths.h"
+#include "platform/system.h"
 #include "support/command_fixture.h"
 #include "support/environment.h"
 #include "support/working_directory.h"
@@ -69,7 +70,8 @@ TEST_F(QueryCommands, CurrentDirAnswersTheWorkingDirectory) {
 
 TEST_F(QueryCommands, TempDirAnswersTheTemporaryDirectory) {
     const EnvironmentVariable variable("TMPDIR", scratch.directory("t"));
-    EXPECT_EQ(ask("tempDir"), success("tempDir", valueDetail(scratch / "t/"), "tempDir"));
+    EXPECT_EQ(ask("tempDir"),
+              success("tempDir", valueDetail(platform::temporaryDirectory()), "tempDir"));
     EXPECT_EQ(log.lines(), Lines{commandLine("DEBUG", "tempDir", "")});
 }
 

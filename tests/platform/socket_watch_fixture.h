@@ -18,6 +18,7 @@
 
 #include "platform/file_desc.h"
 #include "platform/socket_watch.h"
+#include "platform/system.h"
 #include "support/client_socket.h"
 #include "support/wait_until.h"
 
@@ -53,7 +54,8 @@ class SocketWatchFixture : public testing::TestWithParam<bool> {
 
     /// Accepts a connection that was made; it is not watched yet.
     int accept() {
-        ends.emplace_back(::accept(listener, nullptr, nullptr));
+        sockaddr_in peer{};
+        ends.emplace_back(platform::acceptConnection(listener, peer));
         return ends.back();
     }
     /// Both ends are new; returns the server's, which is watched.

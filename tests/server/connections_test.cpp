@@ -71,6 +71,7 @@ TEST_F(ConnectionsTest, ThatCannotBeAcceptedAreOnlyLogged) {
               (Lines{"WARN corvane.server.process.listener accept error " + std::to_string(EMFILE) +
                      " on socket 127.0.0.1:" + std::to_string(port)}));
     EXPECT_TRUE(server.clients.empty());
+    const test::ClientSocket next(port);  // some kernels have dropped the first one
     server.processListener(server.listeners.front().sock);
     EXPECT_EQ(server.clients.size(), 1U);
 }
