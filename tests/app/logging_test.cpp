@@ -64,6 +64,15 @@ class LoggingTest : public testing::Test {
     char* arguments[2] = {program.data(), nullptr};
 };
 
+TEST_F(LoggingTest, LetsTheMaskAloneRestrictTheModeOfTheFile) {
+    const mode_t previous = ::umask(0);
+    configure();
+    ::umask(previous);
+    struct stat file {};
+    ASSERT_EQ(::stat((scratch / "app/cv54321.log").c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode & 07777U, 0777U);
+}
+
 TEST_F(LoggingTest, WritesBesideTheProgramAtLevelDebugByDefault) {
     configure();
     EXPECT_EQ(Category::getRoot().getPriority(), log4cpp::Priority::DEBUG);

@@ -169,6 +169,8 @@ TEST_F(WindowCommands, SetWndPosTakesANumberThatIsTooLargeForNone) {
     recordingTool("");
     EXPECT_EQ(ask("setWndPos", "1\n4294967306\n2147483647\nw"), success("setWndPos"));
     EXPECT_EQ(calls(), "<-n><w><-p><-1,2147483647>\n");
+    EXPECT_EQ(ask("setWndPos", "1\n-4294967286\n-2147483648\nw"), success("setWndPos"));
+    EXPECT_EQ(calls(), "<-n><w><-p><-1,2147483647>\n<-n><w><-p><-1,-2147483648>\n");
 }
 
 TEST_F(WindowCommands, SetWndPosMovesThePlayerWithoutAName) {

@@ -79,6 +79,13 @@ TEST_F(Opener, HandsAnAddressToGioWhereThereIsNoXdgOpen) {
     EXPECT_EQ(reports.nextArguments(), (Lines{"gio", "open", address}));
 }
 
+TEST_F(Opener, PassesByAnXdgOpenThatCannotBeExecuted) {
+    scratch.file("bin/xdg-open");
+    install("gio");
+    openAddress(address);
+    EXPECT_EQ(reports.nextArguments(), (Lines{"gio", "open", address}));
+}
+
 TEST_F(Opener, GivesTheProgramTheNullDeviceAndNothingElse) {
     install("xdg-open");
     openAddress(address);
