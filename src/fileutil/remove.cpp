@@ -75,6 +75,9 @@ void emptyDirectory(const std::string& dir) {
         throw openDirectoryError(dir, errno);
     }
     const FileDesc rootOfAll = openDirectory("/", DirectoryAccess::Search);
+    if (rootOfAll == -1) {
+        throw removeDirectoryError(dir, errno);
+    }
     if (identityOf(root) == identityOf(rootOfAll)) {
         throw removeDirectoryError(dir, EBUSY);
     }

@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <filesystem>
 
+#include "fileutil/file_errors.h"
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/files_fixture.h"
@@ -100,6 +101,20 @@ TEST_F(UnreadableRest, EndsACopyAndARemoval) {
     EXPECT_EQ(thrownAfter(3, [&] { removeDirectory(scratch / "d", true); }), message);
     EXPECT_TRUE(std::filesystem::exists(scratch / "d/a"));
     EXPECT_TRUE(std::filesystem::exists(scratch / "d/b"));
+}
+
+// The root is not removed; where it cannot be told from others, nothing is.
+TEST(UnknownRoot, LetsNoDirectoryBeRemoved) {
+    test::ScratchDirectory scratch;
+    scratch.file("d/a");
+    closedDirectory = "/";
+    closedWith = ENFILE;
+    EXPECT_EQ(test::thrownBy<IOException>([&] { removeDirectory(scratch / "d", true); }),
+              test::thrownBy<IOException>(
+                  [&] { throw removeDirectoryError((scratch / "d") + "/", ENFILE); }));
+    closedDirectory.clear();
+    closedWith = EACCES;
+    EXPECT_TRUE(std::filesystem::exists(scratch / "d/a"));
 }
 
 class ClosedDirectory : public testing::Test {
