@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <log4cpp/Category.hh>
 
+#include "platform/waiting.h"
+
 namespace corvane {
 namespace {
 
@@ -14,10 +16,7 @@ void install(int sig, void (*handler)(int)) {
     action.sa_handler = handler;
     // A handler runs to its end before another one starts; a child that only stops is no event.
     action.sa_flags = SA_RESTART | SA_NOCLDSTOP;
-    sigemptyset(&action.sa_mask);
-    for (const int other : {SIGTERM, SIGINT, SIGCHLD}) {
-        sigaddset(&action.sa_mask, other);
-    }
+    action.sa_mask = heldSignals();
     ::sigaction(sig, &action, nullptr);
 }
 
@@ -51,6 +50,9 @@ void installSignalHandlers() {
     install(SIGTERM, term_signal);
     install(SIGINT, term_signal);
     install(SIGCHLD, chld_signal);
+}
+
+void ignoreSignalsOfWriting() {
     for (const int sig : {SIGPIPE, SIGXFSZ}) {
         static_cast<void>(::signal(sig, SIG_IGN));
     }

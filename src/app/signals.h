@@ -15,8 +15,11 @@ void term_signal(int sig);
 /// Handler for SIGCHLD: collects every child that has ended, one log line each.
 void chld_signal(int sig);
 
-/// Installs the handlers. Signals that would end the process where an error code does as well
-/// (SIGPIPE, SIGXFSZ) are ignored.
+/// Installs the handlers.
 void installSignalHandlers();
+
+/// Ignores the signals that would end the process where an error code does as well: SIGPIPE and
+/// SIGXFSZ. To be called before anything is written.
+void ignoreSignalsOfWriting();
 
 }  // namespace corvane

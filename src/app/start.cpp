@@ -39,6 +39,7 @@ struct Configuration {
 
 // All up to and including the detaching. Throws for what keeps the program from starting.
 Configuration initialise(const std::string& name) {
+    ignoreSignalsOfWriting();  // a launcher may have closed its end of standard output
     ensureStandardDescriptors();
     initStartupDirectory();
     print("Initializing app");

@@ -91,12 +91,12 @@ TEST(InstalledHandlers, RunOneAfterTheOtherAndAreNotToldOfStoppedChildren) {
     });
 }
 
-TEST(InstalledHandlers, IgnoreSignalsThatAnErrorCodeReplaces) {
+TEST(SignalsOfWriting, AreIgnoredSinceAnErrorCodeTellsAsWell) {
     inChild([] {
         for (const int sig : {SIGPIPE, SIGXFSZ}) {
             static_cast<void>(::signal(sig, SIG_DFL));
         }
-        installSignalHandlers();
+        ignoreSignalsOfWriting();
         return actionOf(SIGPIPE).sa_handler == SIG_IGN && actionOf(SIGXFSZ).sa_handler == SIG_IGN;
     });
 }

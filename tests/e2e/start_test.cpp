@@ -1,8 +1,11 @@
 // Starting: the configuration file, the log, the working directory and the exit status of a start
 // that fails.
 #include <sys/resource.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 
 #include "e2e/server_test.h"
 #include "support/sanitized.h"
@@ -171,6 +174,17 @@ TEST_F(StartTest, ReportsAPortThatIsTakenInTheLog) {
                   ")\nNOTICE corvane stop service\nDEBUG corvane pid file release\n"
                   "NOTICE corvane application terminated\n");
     EXPECT_EQ(first.request("currentDir"), currentDirReply(first.directory().path()));
+}
+
+TEST_F(StartTest, NeedsNoReaderOfItsStandardOutput) {
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    ::close(pipe[0]);
+    ServerProcess& server = startWith({.standardOutput = pipe[1], .prepare = [] {
+                                           static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
+                                       }});
+    ::close(pipe[1]);
+    EXPECT_EQ(server.request("currentDir"), currentDirReply(server.directory().path()));
 }
 
 TEST_F(StartTest, ReportsAnAddressThatNobodyKnowsInTheLog) {
