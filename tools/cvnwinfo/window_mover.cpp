@@ -134,13 +134,16 @@ void waitUntilPlaced(const Display& display, xcb_window_t window, const Rectangl
     auto deadline = Clock::now() + followLimit;
     // Each look at the window is a round trip, so the first one ends with the request handed over.
     while (geometryOf(display, window).area != wanted) {
-        if (takeEvents(display)) {
+        const bool configured = takeEvents(display);
+        if (configured) {
             deadline = std::min(deadline, Clock::now() + quietLimit);
-            continue;
         }
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
         if (left <= milliseconds::zero()) {
             break;
+        }
+        if (configured) {
+            continue;
         }
         pollfd ready = {xcb_get_file_descriptor(display.connection()), POLLIN, 0};
         poll(&ready, 1, static_cast<int>(left.count()));
