@@ -1,5 +1,4 @@
 // Running the window tool: what its status and its outputs mean.
-#include <signal.h>
 #include <unistd.h>
 
 #include <array>

@@ -1,5 +1,3 @@
-#include <fcntl.h>
-
 #include <cerrno>
 #include <utility>
 #include <vector>

@@ -1,6 +1,6 @@
 // The system's own edge-triggered queue of sockets that have become readable, which a silent socket
-// costs nothing: epoll(7) on Linux, kqueue(2) on macOS. One file per system implements it:
-// event_queue_linux.cpp and event_queue_macos.cpp.
+// costs nothing: epoll(7) on Linux (event_queue_linux.cpp), kqueue(2) on macOS
+// (event_queue_macos.cpp), none elsewhere (event_queue_none.cpp).
 #pragma once
 
 #include <signal.h>

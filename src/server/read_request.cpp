@@ -1,8 +1,5 @@
 // Reading a request. Whatever has arrived is received at once; what follows the terminator stays
 // unread until the client's next turn.
-#include <sys/socket.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <log4cpp/Category.hh>
 
