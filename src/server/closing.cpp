@@ -53,6 +53,17 @@ int Server::closeNow(int sock) {
     return EBADF;
 }
 
+void Server::closeSocket(std::vector<int>& socks, int sock, bool graceful) {
+    closeSocket(sock, graceful);
+    removeSocket(socks, sock);
+}
+
+void Server::deinitSockets(std::vector<int>& socks, bool graceful) {
+    for (const int sock : std::vector<int>(socks)) {
+        closeSocket(socks, sock, graceful);
+    }
+}
+
 bool Server::errorCloseSocket(int sock, bool graceful) {
     static log4cpp::Category& log =
         log4cpp::Category::getInstance("corvane.server.process.client.close");
@@ -84,8 +95,8 @@ void Server::deinitClients() {
     if (!clients.empty()) {
         log.info("Deinit clients sockets...");
     }
-    for (const int sock : clients.descriptors()) {
-        closeSocket(sock, true);
+    while (const Connection* const client = clients.first()) {
+        closeSocket(client->sock(), true);
     }
 }
 

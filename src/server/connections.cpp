@@ -36,6 +36,16 @@ std::unique_ptr<Connection> Connections::remove(int sock) {
     return std::exchange(bySock_[static_cast<std::size_t>(sock)], nullptr);
 }
 
+Connection* Connections::first() const {
+    Connection* earliest = nullptr;
+    for (const std::unique_ptr<Connection>& connection : bySock_) {
+        if (connection && (earliest == nullptr || isEarlier(connection.get(), earliest))) {
+            earliest = connection.get();
+        }
+    }
+    return earliest;
+}
+
 std::vector<int> Connections::descriptors() const {
     std::vector<const Connection*> inOrder;
     for (const std::unique_ptr<Connection>& connection : bySock_) {

@@ -11,7 +11,8 @@
 
 namespace corvane {
 
-/// No function's cost depends on the number of connections, but for descriptors().
+/// No cost depends on the number of connections that are silent, but that of first() and
+/// descriptors().
 class Connections {
   public:
     Connections();
@@ -25,7 +26,9 @@ class Connections {
 
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
-    /// All descriptors in the order of acceptance.
+    /// The one that was accepted before all others, or null.
+    Connection* first() const;
+    /// All descriptors in the order of acceptance; the program itself does not call it.
     std::vector<int> descriptors() const;
 
     /// Readable is a connection with unread bytes, or whose socket has been listed by a wait and

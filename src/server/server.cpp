@@ -9,6 +9,14 @@
 #include "server/socket_exception.h"
 
 namespace corvane {
+namespace {
+
+log4cpp::Category& loopLog() {
+    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process");
+    return log;
+}
+
+}  // namespace
 
 // Closing a client must not need memory, which may be what is short.
 Server::Server() { closed_.reserve(FD_SETSIZE); }
@@ -24,17 +32,15 @@ Server::~Server() {
 void Server::initServer() { initListener(options.address, options.port); }
 
 void Server::process() {
-    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process");
-    log.debug("Process loop start");
+    loopLog().debug("Process loop start");
     while (serveNext() == Next::Serve) {
     }
-    log.debug("Process loop end");
+    loopLog().debug("Process loop end");
     deinitClients();
 }
 
 // One turn: one wait, one socket, clients before listeners.
 Server::Next Server::serveNext() {
-    static log4cpp::Category& log = log4cpp::Category::getInstance("corvane.server.process");
     closed_.clear();
     if (listeners.empty()) {
         throw Exception("There are no listening sockets...");
@@ -43,7 +49,7 @@ Server::Next Server::serveNext() {
         case Wait::Signal:
             return Next::Serve;
         case Wait::Inactive:
-            log.notice("Inactivity time (%d) has elapsed. Quitting...", options.inactivity);
+            loopLog().notice("Inactivity time (%d) has elapsed. Quitting...", options.inactivity);
             return Next::Stop;
         case Wait::Ready:
             break;
@@ -73,7 +79,7 @@ Server::Wait Server::waitForEvent() {
             throw SocketException("select() error", error);
         }
         if (count == -1) {
-            return Wait::Signal;
+            return Wait::Signal;  // its handler may have closed what was listed
         }
         if (anyReadable()) {
             return Wait::Ready;
@@ -91,6 +97,8 @@ void Server::takeEvents() {
             clients.markReadable(*client);
         } else if (Listener* const listener = findListener(sock); listener != nullptr) {
             listener->isReadable = true;
+        } else if (!stopRequested()) {  // which closes all that was listed
+            loopLog().warn("Event from unknown source!");
         }
     }
 }

@@ -99,6 +99,9 @@ class Server {
     static int addSocketsToFdSet(fd_set& set, const std::vector<int>& socks);
     /// The first of `socks` that is set, or -1.
     static int isSocketsEvent(const fd_set& set, const std::vector<int>& socks);
+    /// Closes a socket, which leaves `socks`; and all of them.
+    void closeSocket(std::vector<int>& socks, int sock, bool graceful);
+    void deinitSockets(std::vector<int>& socks, bool graceful);
     static void addSocket(std::vector<int>& socks, int sock);
     /// Returns whether the socket was there.
     static bool removeSocket(std::vector<int>& socks, int sock);
@@ -185,7 +188,8 @@ class Server {
     /// The request that is being served, without its terminator; part of its client's input.
     std::string_view request_;
     MemoryStream params_;
-    /// Closed while a request of theirs was still at work; they go with the next turn.
+    /// Closed in this turn, maybe while a request of theirs is still at work; they go with the
+    /// next.
     std::vector<std::unique_ptr<Connection>> closed_;
     FreedMemory freedMemory_;
     /// Set while the process is out of descriptors: until then no listener is watched.

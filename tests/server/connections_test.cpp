@@ -99,6 +99,23 @@ TEST_F(ConnectionsTest, WarnWhenTheDescriptorIsNotOpen) {
                                   "DEBUG " + closeLog + "closeSocket ?.?.?.?:? end"}));
 }
 
+TEST_F(ConnectionsTest, AreClosedAndTakenOutOfAListInItsOrder) {
+    const test::ClientSocket first = connect();
+    std::vector<int> socks{accepted()};
+    const test::ClientSocket second = connect();
+    const test::ClientSocket third = connect();
+    const int kept = accepted();
+    socks.insert(socks.begin(), server.clients.descriptors()[1]);
+    const test::LogCapture log;
+    server.deinitSockets(socks, false);
+    EXPECT_TRUE(socks.empty());
+    EXPECT_EQ(server.clients.descriptors(), std::vector<int>{kept});
+    const Lines lines = log.lines();
+    ASSERT_EQ(lines.size(), 6U);
+    EXPECT_EQ(lines[0], "INFO " + closeLog + "Closing socket " + second.address());
+    EXPECT_EQ(lines[3], "INFO " + closeLog + "Closing socket " + first.address());
+}
+
 TEST_F(ConnectionsTest, NeverStopTheServerByPolicy0) {
     const test::ClientSocket client = connect();
     EXPECT_TRUE(closeAfterError(0));

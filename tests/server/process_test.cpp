@@ -46,6 +46,20 @@ TEST_F(ProcessTest, EndsOnShutdownAndClosesAllClients) {
     EXPECT_EQ(end[1], "INFO corvane.server.deinit.client Deinit clients sockets...");
 }
 
+TEST_F(ProcessTest, WarnsOfAnEventThatIsNobodys) {
+    test::ClientSocket lost = connect();
+    const auto connection = server.clients.remove(accepted());
+    lost.send("x");
+    test::ClientSocket client = connect();
+    client.send("shutdown\0"s);
+    const test::LogCapture log;
+    server.process();
+    const Lines& lines = log.lines();
+    EXPECT_EQ(
+        std::count(lines.begin(), lines.end(), "WARN " + processLog + "Event from unknown source!"),
+        1);
+}
+
 TEST_F(ProcessTest, ServesTheClientThatWasAcceptedFirstFirst) {
     test::ClientSocket first = connect();
     test::ClientSocket second = connect();
