@@ -23,6 +23,22 @@ bool isBelow(int to, int from) {
     return identityOf(to) != source && liesWithin(to, source);
 }
 
+// Reaches the entries of a target directory by their paths where it cannot be opened: older systems
+// want it to be readable for that, which nobody needs to write into it. One that cannot be used at
+// all makes the first entry fail that would go into it.
+void copyByPath(int src, const std::string& srcDir, const std::string& dstDir,
+                const CopyOptions& options) {
+    for (const DirectoryEntry& entry : readEntries(src, srcDir)) {
+        const FilePlace target = placeOf(dstDir + entry.name);
+        if (entry.directory && options.recursive) {
+            makeDirectoryAt(target);
+            copyDirectory(srcDir + entry.name, target.path, &options);
+        } else if (!entry.directory && options.isAllowed(entry.name)) {
+            copyFileToOrInto({src, entry.name, srcDir + entry.name}, target);
+        }
+    }
+}
+
 // Copies all that is below a directory into another one, in the order of the system.
 class TreeCopier {
   public:
@@ -60,33 +76,44 @@ class TreeCopier {
         if (!src_.descend(name.c_str(), false)) {
             throw openDirectoryError(srcPath_, errno);
         }
-        descendTarget(name);
-        return true;
+        if (descendTarget(name)) {
+            return true;
+        }
+        copyByPath(src_.current(), srcPath_, dstPath_, options_);
+        leaveSource(name);
+        return false;
     }
 
     void leave(const std::string& name) {
-        if (!src_.ascend()) {
-            throw openDirectoryError(srcPath_, errno);
-        }
         if (!dst_.ascend()) {
             throw openDirectoryError(dstPath_, errno);
         }
-        srcPath_.resize(srcPath_.size() - name.size() - 1);
-        dstPath_.resize(dstPath_.size() - name.size() - 1);
+        leaveSource(name);
     }
 
   private:
-    // A link in the target may lead back below the source, where the copy would never end.
-    void descendTarget(const std::string& name) {
+    // Returns false when the directory is there, but cannot be opened for searching only. A link in
+    // the target may lead back below the source, where the copy would never end.
+    bool descendTarget(const std::string& name) {
         if (dst_.descend(name.c_str(), false)) {
-            return;
+            return true;
         }
-        if (!dst_.descend(name.c_str(), true)) {
+        const bool isOpen = dst_.descend(name.c_str(), true);
+        if (!isOpen && errno != EACCES) {
             throw openDirectoryError(dstPath_, errno);
         }
-        if (isBelow(dst_.current(), src_.current())) {
+        if (isOpen ? isBelow(dst_.current(), src_.current()) : liesWithin(dstPath_, srcPath_)) {
             throw copyIntoItselfError(srcPath_, dstPath_);
         }
+        return isOpen;
+    }
+
+    void leaveSource(const std::string& name) {
+        if (!src_.ascend()) {
+            throw openDirectoryError(srcPath_, errno);
+        }
+        srcPath_.resize(srcPath_.size() - name.size() - 1);
+        dstPath_.resize(dstPath_.size() - name.size() - 1);
     }
 
     DirectoryChain src_;
@@ -95,22 +122,6 @@ class TreeCopier {
     std::string dstPath_;
     const CopyOptions& options_;
 };
-
-// Reaches the entries of a target directory by their paths where it cannot be opened: older systems
-// want it to be readable for that, which nobody needs to write into it. One that cannot be used at
-// all makes the first entry fail that would go into it.
-void copyByPath(int src, const std::string& srcDir, const std::string& dstDir,
-                const CopyOptions& options) {
-    for (const DirectoryEntry& entry : readEntries(src, srcDir)) {
-        const FilePlace target = placeOf(dstDir + entry.name);
-        if (entry.directory && options.recursive) {
-            makeDirectoryAt(target);
-            copyDirectory(srcDir + entry.name, target.path, &options);
-        } else if (!entry.directory && options.isAllowed(entry.name)) {
-            copyFileToOrInto({src, entry.name, srcDir + entry.name}, target);
-        }
-    }
-}
 
 }  // namespace
 

@@ -23,6 +23,9 @@ namespace {
 std::string closedDirectory;
 int closedWith = EACCES;
 
+/// The same for all directories of this name that are reached from another one.
+std::string closedName;
+
 /// The entries that the next directories show before an error; negative for all.
 int entriesLeft = -1;
 
@@ -44,6 +47,19 @@ extern "C" int open(const char* path, int flags, ...) {
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     return next(path, flags, mode);
+}
+
+extern "C" int openat(int directory, const char* path, int flags, ...) {
+    static const auto next = reinterpret_cast<decltype(&openat)>(::dlsym(RTLD_NEXT, "openat"));
+    if ((flags & O_PATH) != 0 && !corvane::closedName.empty() && path == corvane::closedName) {
+        errno = EACCES;
+        return -1;
+    }
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return next(directory, path, flags, mode);
 }
 
 extern "C" dirent* readdir(DIR* directory) {
@@ -121,6 +137,7 @@ class ClosedDirectory : public testing::Test {
   protected:
     ClosedDirectory() { closedDirectory = scratch.directory("dst") + "/"; }
     ~ClosedDirectory() override {
+        closedName.clear();
         closedDirectory.clear();
         closedWith = EACCES;
     }
@@ -131,6 +148,17 @@ class ClosedDirectory : public testing::Test {
 TEST_F(ClosedDirectory, IsCopiedIntoByThePathsOfItsEntries) {
     scratch.file("src/a", "1");
     scratch.file("src/sub/deep/b", "2");
+    copyDirectory(scratch / "src", scratch / "dst", nullptr);
+    EXPECT_EQ(test::treeAt(scratch / "dst"), test::treeAt(scratch / "src"));
+}
+
+TEST_F(ClosedDirectory, IsCopiedIntoFurtherDownAsWell) {
+    closedDirectory.clear();
+    closedName = "closed";
+    scratch.file("src/a/closed/b", "1");
+    scratch.file("src/a/closed/deep/closed/c", "2");
+    scratch.file("src/a/d", "3");
+    scratch.file("src/e", "4");
     copyDirectory(scratch / "src", scratch / "dst", nullptr);
     EXPECT_EQ(test::treeAt(scratch / "dst"), test::treeAt(scratch / "src"));
 }
