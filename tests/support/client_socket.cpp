@@ -40,6 +40,15 @@ bool waitFor(int sock, short events, int milliseconds) {
     return ::poll(&wanted, 1, milliseconds) == 1;
 }
 
+// Some systems heed neither flag of sendWithoutWaiting(), but the socket's own.
+void neitherWaitNorSignalWhenSending(int sock) {
+    ::fcntl(sock, F_SETFL, ::fcntl(sock, F_GETFL) | O_NONBLOCK);
+#ifdef SO_NOSIGPIPE
+    const int on = 1;
+    ::setsockopt(sock, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
+#endif
+}
+
 constexpr int patienceInMilliseconds =
     static_cast<int>(std::chrono::milliseconds(patience).count());
 
@@ -63,6 +72,7 @@ ClientSocket::ClientSocket(int port, int receiveBuffer, int host)
         errno = error;
         fail("cannot connect");
     }
+    neitherWaitNorSignalWhenSending(number_);
     sockaddr_in own{};
     socklen_t length = sizeof own;
     ::getsockname(number_, reinterpret_cast<sockaddr*>(&own), &length);
