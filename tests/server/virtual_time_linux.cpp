@@ -1,9 +1,13 @@
 #include "server/virtual_time_linux.h"
 
 #include <sys/epoll.h>
+#include <sys/select.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
+
+#include <array>
+#include <cstdint>
 
 namespace corvane::test {
 namespace {
@@ -48,6 +52,24 @@ int epoll_wait(int queue, epoll_event* events, int room, int timeout) {
         corvane::test::current->pass(std::chrono::milliseconds(timeout));
     }
     return count;
+}
+
+int pselect(int count, fd_set* readable, fd_set* writable, fd_set* exceptional,
+            const timespec* timeout, const sigset_t* mask) {
+    using namespace std::chrono;
+    const nanoseconds length = timeout == nullptr
+                                   ? nanoseconds()
+                                   : seconds(timeout->tv_sec) + nanoseconds(timeout->tv_nsec);
+    const bool isVirtual = corvane::test::current != nullptr && length > nanoseconds::zero();
+    timespec real = timeout == nullptr || isVirtual ? timespec{} : *timeout;
+    const std::array<std::uintptr_t, 2> maskAndSize{reinterpret_cast<std::uintptr_t>(mask), 8};
+    const auto found =
+        static_cast<int>(::syscall(SYS_pselect6, count, readable, writable, exceptional,
+                                   timeout == nullptr ? nullptr : &real, maskAndSize.data()));
+    if (isVirtual && found == 0) {
+        corvane::test::current->pass(ceil<milliseconds>(length));
+    }
+    return found;
 }
 
 }  // extern "C"

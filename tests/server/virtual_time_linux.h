@@ -1,5 +1,5 @@
 // Time that passes only where the server waits: the steady clock of this program stands still, and
-// a wait of the event queue in which nothing happens is over at once, with the clock put forward by
+// a wait of the server in which nothing happens is over at once, with the clock put forward by
 // its length. So a test of seconds takes none, and measures no time of a loaded machine.
 #pragma once
 
