@@ -89,8 +89,10 @@ def main():
     parser.add_argument("--library", required=True, help="the library that makes calls fail")
     parser.add_argument("--quick", action="store_true", help="one error for each function")
     parser.add_argument("--call", help="this function only")
+    parser.add_argument("--no-queue", action="store_true", help="the server was built without an event queue")
     arguments = parser.parse_args()
-    chosen = [fault for fault in faults(arguments.quick) if arguments.call in (None, fault.call)]
+    chosen = [fault for fault in faults(arguments.quick) if arguments.call in (None, fault.call) and
+              not (arguments.no_queue and fault.is_of_the_queue)]
     if not chosen:
         parser.error(f"no faults are known for {arguments.call}; calls with some: {' '.join(ERRORS)}")
     total, broken = Counter(), 0
