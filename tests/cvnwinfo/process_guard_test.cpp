@@ -20,7 +20,7 @@ namespace {
 [[noreturn]] void exitWith(bool success) { _exit(success ? 0 : 1); }
 
 [[noreturn]] void runTooLong() {
-    limitRunningTime(std::chrono::milliseconds(20));
+    limitRunningTime(std::chrono::milliseconds(20), "cvnwinfo: the X server does not answer\n");
     waitForever();
 }
 

@@ -1,5 +1,5 @@
-// The window tool: reports and changes where a window lies on an X11 screen. The server runs it
-// and reads what it prints; see the manual page for the command line.
+// The window tool: reports and changes where a window lies on the screen. The server runs it and
+// reads what it prints; see the manual page for the command line.
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
@@ -9,11 +9,9 @@
 #include <string_view>
 
 #include "cvnwinfo/arguments.h"
-#include "cvnwinfo/display.h"
 #include "cvnwinfo/errors.h"
 #include "cvnwinfo/process_guard.h"
-#include "cvnwinfo/window_finder.h"
-#include "cvnwinfo/window_mover.h"
+#include "cvnwinfo/window_system.h"
 
 namespace {
 
@@ -35,19 +33,13 @@ std::string join(int first, int second) {
 }
 
 std::string reportScreen() {
-    const Size size = Display().screenSize();
+    const Size size = screenSize();
     return join(size.width, size.height) + "\n";
 }
 
 std::string reportWindow(const std::string& title) {
-    Display display;
-    const auto geometry = display.geometry(findWindow(display, title));
-    if (!geometry) {
-        throw WindowError("the window has disappeared");
-    }
-    const Rectangle& area = geometry->area;
-    return join(area.origin.x, area.origin.y) + "," + join(area.size.width, area.size.height) +
-           "\n";
+    const auto [origin, size] = windowRectangle(title);
+    return join(origin.x, origin.y) + "," + join(size.width, size.height) + "\n";
 }
 
 void run(const Arguments& arguments) {
@@ -64,12 +56,9 @@ void run(const Arguments& arguments) {
         case Action::reportWindow:
             print(reportWindow(arguments.title));
             break;
-        case Action::placeWindow: {
-            Display display;
-            placeWindow(display, findWindow(display, arguments.title), arguments.position,
-                        arguments.size);
+        case Action::placeWindow:
+            placeWindow(arguments.title, arguments.position, arguments.size);
             break;
-        }
     }
 }
 
@@ -85,7 +74,7 @@ int fail(const std::exception& error, int status, std::string_view advice = "") 
 int main(int argc, char** argv) {
     occupyStandardDescriptors();
     ignoreBrokenPipes();
-    limitRunningTime(runningTime);
+    limitRunningTime(runningTime, noAnswerMessage);
     try {
         const std::span<const char* const> words(argv, static_cast<std::size_t>(argc));
         run(parseArguments(words.subspan(words.empty() ? 0 : 1)));

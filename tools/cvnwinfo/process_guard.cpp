@@ -11,10 +11,10 @@ namespace corvane::wintool {
 
 namespace {
 
-constexpr std::string_view timeoutMessage = "cvnwinfo: the X server does not answer\n";
+std::string_view lateMessage;
 
 extern "C" void endLateProcess(int /*signal*/) {
-    const ssize_t written = write(STDERR_FILENO, timeoutMessage.data(), timeoutMessage.size());
+    const ssize_t written = write(STDERR_FILENO, lateMessage.data(), lateMessage.size());
     static_cast<void>(written);
     _exit(1);
 }
@@ -37,7 +37,8 @@ void ignoreBrokenPipes() {
     sigaction(SIGPIPE, &action, nullptr);
 }
 
-void limitRunningTime(std::chrono::milliseconds limit) {
+void limitRunningTime(std::chrono::milliseconds limit, std::string_view message) {
+    lateMessage = message;
     struct sigaction action = {};
     action.sa_handler = endLateProcess;
     sigaction(SIGALRM, &action, nullptr);

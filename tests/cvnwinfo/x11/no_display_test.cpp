@@ -6,7 +6,7 @@
 
 #include <array>
 
-#include "tool_fixture.h"
+#include "cvnwinfo/x11/tool_fixture.h"
 
 namespace corvane::x11test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-#include "cvnwinfo/display.h"
+#include "cvnwinfo/x11/display.h"
 
 namespace corvane::wintool {
 

@@ -1,4 +1,4 @@
-#include "cvnwinfo/display.h"
+#include "cvnwinfo/x11/display.h"
 
 #include <xcb/xcb_icccm.h>
 

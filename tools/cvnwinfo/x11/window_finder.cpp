@@ -1,4 +1,4 @@
-#include "cvnwinfo/window_finder.h"
+#include "cvnwinfo/x11/window_finder.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "cvnwinfo/window_mover.h"
+#include "cvnwinfo/x11/window_mover.h"
 
 #include <poll.h>
 #include <xcb/xcb_icccm.h>
@@ -10,7 +10,7 @@
 #include <string>
 
 #include "cvnwinfo/errors.h"
-#include "cvnwinfo/placement.h"
+#include "cvnwinfo/x11/placement.h"
 
 namespace corvane::wintool {
 

@@ -1,4 +1,4 @@
-#include "cvnwinfo/placement.h"
+#include "cvnwinfo/x11/placement.h"
 
 #include <xcb/xproto.h>
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <thread>
 
-#include "tool_fixture.h"
+#include "cvnwinfo/x11/tool_fixture.h"
 
 namespace corvane::x11test {
 namespace {

@@ -6,8 +6,8 @@
 
 #include <optional>
 
-#include "cvnwinfo/display.h"
 #include "cvnwinfo/geometry.h"
+#include "cvnwinfo/x11/display.h"
 
 namespace corvane::wintool {
 

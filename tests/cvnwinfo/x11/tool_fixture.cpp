@@ -1,4 +1,4 @@
-#include "tool_fixture.h"
+#include "cvnwinfo/x11/tool_fixture.h"
 
 #include <stdexcept>
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "tool_fixture.h"
+#include "cvnwinfo/x11/tool_fixture.h"
 
 namespace corvane::x11test {
 namespace {
