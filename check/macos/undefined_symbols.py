@@ -2,7 +2,7 @@
 
 Symbols of macOS's C library are counted, those of other libraries are listed. It is an error when
 
-- another program than cvnopen needs a framework;
+- another program than cvnopen and cvnwinfo needs a framework;
 - the C library of the oldest system that an executable is for has no such symbol, as far as
   system_symbols.txt beside this file tells; weak references are for newer systems and may be missing,
   and what --tests names, which nobody installs, may need a newer system;
@@ -30,8 +30,8 @@ WEAK_REFERENCE = 0x40
 
 SYSTEM_LIBRARY = "/usr/lib/libSystem."
 FRAMEWORKS = "/System/Library/Frameworks/"
-# The only program that may need one: the server forks without executing a program.
-FRAMEWORK_PROGRAM = "cvnopen"
+# The only programs that may need one: the server forks without executing a program.
+FRAMEWORK_PROGRAMS = ("cvnopen", "cvnwinfo")
 OTHER_LIBRARIES = ("/usr/lib/libiconv.2.",)
 KNOWN = pathlib.Path(__file__).with_name("system_symbols.txt")
 
@@ -102,7 +102,7 @@ def judge(path, tolerated, known):
               for name in sorted(system) if not known(name, program.machine)]
     for name, library in sorted(others):
         print(f"  {name} ({pathlib.Path(library).name or 'no library'})")
-        framework = library.startswith(FRAMEWORKS) and pathlib.Path(path).name == FRAMEWORK_PROGRAM
+        framework = library.startswith(FRAMEWORKS) and pathlib.Path(path).name in FRAMEWORK_PROGRAMS
         if not (framework or library.startswith(OTHER_LIBRARIES) or (tolerated and tolerated in name)):
             errors.append(f"{name}: UNEXPECTED")
     if program.oldest != OLDEST[program.machine]:

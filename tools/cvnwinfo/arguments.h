@@ -31,7 +31,8 @@ extern const std::string_view helpText;
 
 /// Reads the words after the program's name. Each of -n, -p and -s takes the next word whatever
 /// it begins with, since titles and coordinates may begin with "-".
-/// Coordinates are -32768 to 32767 and sizes 1 to 32767, the range that an X server knows.
+/// Coordinates are -32768 to 32767 and sizes 1 to 32767, the range that an X server knows; on macOS
+/// it is the same.
 /// Throws UsageError.
 Arguments parseArguments(std::span<const char* const> words);
 

@@ -12,7 +12,7 @@ class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// No such window, no display, or the X server refused: exit status 1.
+/// No such window, no display, no permission, or the window system refused: exit status 1.
 class WindowError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

@@ -1,5 +1,5 @@
-// Plain records for places on the screen, in pixels; x and y count from the upper left corner of
-// the root window and may be negative.
+// Plain records for places on the screen; x and y may be negative. On X11 in pixels from the upper
+// left corner of the root window, on macOS in points from that of the main display.
 #pragma once
 
 namespace corvane::wintool {

@@ -16,7 +16,8 @@ void occupyStandardDescriptors();
 void ignoreBrokenPipes();
 
 /// Ends the process with status 1 and `message` on standard error when it still runs after
-/// `limit`. Every reply of the X server is waited for in libxcb, which knows no time limit.
+/// `limit`. Every reply of the X server is waited for in libxcb, which knows no time limit, and
+/// on macOS several applications may be slow, one after the other.
 /// `limit` must be under one hour; `message` is kept and must stay.
 void limitRunningTime(std::chrono::milliseconds limit, std::string_view message);
 

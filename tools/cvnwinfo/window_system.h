@@ -1,5 +1,5 @@
-// The windows of the system that the tool is built for: a folder for each, such as x11, defines what
-// is declared here. A title means the window that chooseTitle (title.h) picks.
+// The windows of the system that the tool is built for: a folder for each, x11 and macos, defines
+// what is declared here. A title means the window that chooseTitle (title.h) picks.
 #pragma once
 
 #include <optional>
