@@ -115,7 +115,7 @@ void reset() {
 const CFStringRef kAXTrustedCheckOptionPrompt = referenceOf<CFStringRef>(prompt);
 
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) {
-    note("AXIsProcessTrustedWithOptions", objectOf(options).name);
+    note("AXIsProcessTrustedWithOptions", objectOf(options, Kind::dictionary).name);
     return world.trusted ? 1 : 0;
 }
 
@@ -135,14 +135,15 @@ AXUIElementRef AXUIElementCreateSystemWide() {
 }
 
 AXError AXUIElementSetMessagingTimeout(AXUIElementRef element, float seconds) {
-    note("AXUIElementSetMessagingTimeout", objectOf(element).name + ", " + std::to_string(seconds));
+    note("AXUIElementSetMessagingTimeout",
+         objectOf(element, Kind::element).name + ", " + std::to_string(seconds));
     return kAXErrorSuccess;
 }
 
 AXError AXUIElementCopyAttributeValue(AXUIElementRef reference, CFStringRef attribute,
                                       CFTypeRef* value) {
-    const Object& element = objectOf(reference);
-    const std::string& name = objectOf(attribute).name;
+    const Object& element = objectOf(reference, Kind::element);
+    const std::string& name = objectOf(attribute, Kind::string).name;
     note("AXUIElementCopyAttributeValue", element.name + ", " + name);
     while (world.stuck) {
         pause();
@@ -159,8 +160,8 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef reference, CFStringRef attr
 
 AXError AXUIElementIsAttributeSettable(AXUIElementRef reference, CFStringRef attribute,
                                        Boolean* settable) {
-    const Object& element = objectOf(reference);
-    const std::string& name = objectOf(attribute).name;
+    const Object& element = objectOf(reference, Kind::element);
+    const std::string& name = objectOf(attribute, Kind::string).name;
     note("AXUIElementIsAttributeSettable", element.name + ", " + name);
     const FakeWindow& window = world.windows.at(element.window);
     *settable = (name == "AXSize" ? window.resizable : window.movable) ? 1 : 0;
@@ -169,9 +170,9 @@ AXError AXUIElementIsAttributeSettable(AXUIElementRef reference, CFStringRef att
 
 AXError AXUIElementSetAttributeValue(AXUIElementRef reference, CFStringRef attribute,
                                      CFTypeRef newValue) {
-    const Object& element = objectOf(reference);
-    const std::string& name = objectOf(attribute).name;
-    const Object& value = objectOf(newValue);
+    const Object& element = objectOf(reference, Kind::element);
+    const std::string& name = objectOf(attribute, Kind::string).name;
+    const Object& value = objectOf(newValue, Kind::value);
     note("AXUIElementSetAttributeValue", element.name + ", " + name + ", " + value.name);
     if (const AXError error = errorOf(element, "set " + name); error != kAXErrorSuccess) {
         return error;
@@ -204,7 +205,7 @@ AXValueRef AXValueCreate(AXValueType type, const void* content) {
 }
 
 Boolean AXValueGetValue(AXValueRef reference, AXValueType type, void* content) {
-    const Object& value = objectOf(reference);
+    const Object& value = objectOf(reference, Kind::value);
     if (value.type != type) {
         return 0;
     }

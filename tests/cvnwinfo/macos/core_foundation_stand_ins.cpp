@@ -33,16 +33,18 @@ const CFBooleanRef kCFBooleanTrue = referenceOf<CFBooleanRef>(trueValue);
 CFTypeID CFArrayGetTypeID() { return typeOf(Kind::array); }
 
 CFIndex CFArrayGetCount(CFArrayRef array) {
-    return static_cast<CFIndex>(objectOf(array).items.size());
+    return static_cast<CFIndex>(objectOf(array, Kind::array).items.size());
 }
 
 const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) {
-    return objectOf(array).items.at(static_cast<std::size_t>(index));
+    return objectOf(array, Kind::array).items.at(static_cast<std::size_t>(index));
 }
 
 CFTypeID CFBooleanGetTypeID() { return typeOf(Kind::boolean); }
 
-Boolean CFBooleanGetValue(CFBooleanRef boolean) { return objectOf(boolean).number != 0 ? 1 : 0; }
+Boolean CFBooleanGetValue(CFBooleanRef boolean) {
+    return objectOf(boolean, Kind::boolean).number != 0 ? 1 : 0;
+}
 
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void** values,
                                    CFIndex count, const CFDictionaryKeyCallBacks* keyCallBacks,
@@ -62,7 +64,7 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void
 }
 
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key) {
-    const auto& values = objectOf(dictionary).values;
+    const auto& values = objectOf(dictionary, Kind::dictionary).values;
     const auto found = values.find(key);
     return found == values.end() ? nullptr : found->second;
 }
@@ -71,7 +73,7 @@ Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
     if (type != kCFNumberSInt32Type) {
         return 0;
     }
-    std::memcpy(value, &objectOf(number).number, sizeof(std::int32_t));
+    std::memcpy(value, &objectOf(number, Kind::number).number, sizeof(std::int32_t));
     return 1;
 }
 
@@ -82,7 +84,7 @@ CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* text, CFString
 }
 
 CFIndex CFStringGetLength(CFStringRef text) {
-    return static_cast<CFIndex>(objectOf(text).name.size());
+    return static_cast<CFIndex>(objectOf(text, Kind::string).name.size());
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) { return length; }
@@ -90,7 +92,7 @@ CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding) { re
 // A text with the byte 0xFF stands for one that has no UTF-8.
 Boolean CFStringGetCString(CFStringRef text, char* buffer, CFIndex size,
                            CFStringEncoding encoding) {
-    const std::string& bytes = objectOf(text).name;
+    const std::string& bytes = objectOf(text, Kind::string).name;
     if (encoding != kCFStringEncodingUTF8 || bytes.find('\xFF') != std::string::npos ||
         static_cast<CFIndex>(bytes.size()) >= size) {
         return 0;

@@ -40,7 +40,7 @@ const CFStringRef kCGWindowOwnerName = referenceOf<CFStringRef>(applicationKey);
 const CFStringRef kCGWindowBounds = referenceOf<CFStringRef>(boundsKey);
 
 bool CGRectMakeWithDictionaryRepresentation(CFDictionaryRef dictionary, CGRect* rectangle) {
-    *rectangle = objectOf(dictionary).rectangle;
+    *rectangle = objectOf(dictionary, Kind::dictionary).rectangle;
     return true;
 }
 

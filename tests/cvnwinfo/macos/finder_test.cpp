@@ -63,7 +63,7 @@ TEST_F(MacFinder, TakesTheFrontmostOfEqualTitlesWhateverTheOrderOfTheApplication
 }
 
 TEST_F(MacFinder, TakesTheFrontmostThatBeginsSoOfSeveralApplications) {
-    world.windows = {{.title = "Other", .process = 8},
+    world.windows = {{.title = "Other", .frame = near, .process = 9},
                      {.title = "Player 1", .frame = far, .process = 7},
                      {.title = "Player 2", .frame = near, .process = 8}};
     EXPECT_EQ(windowRectangle("Player"), farFrame);
@@ -130,8 +130,9 @@ TEST_F(MacFinder, GoesOnWithoutAnApplicationThatHasEndedOrHasNoWindowsToTell) {
 TEST_F(MacFinder, GoesOnWithoutAWindowThatIsGoneOrHasNoPlace) {
     for (const AXError error : {kAXErrorInvalidUIElement, refused}) {
         for (const char* attribute : {"AXTitle", "AXPosition", "AXSize"}) {
-            world.windows = {{.title = "Player", .frame = near, .errors = {{attribute, error}}},
-                             {.title = "Player", .frame = far}};
+            const standins::FakeWindow gone = {
+                .title = "Player", .frame = near, .errors = {{attribute, error}}};
+            world.windows = {gone, {.title = "Player", .frame = far}, gone};
             EXPECT_EQ(windowRectangle("Player"), farFrame) << attribute;
         }
     }

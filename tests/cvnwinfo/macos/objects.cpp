@@ -37,6 +37,14 @@ Object& objectOf(CFTypeRef reference) {
     return object;
 }
 
+Object& objectOf(CFTypeRef reference, Kind kind) {
+    Object& object = objectOf(reference);
+    if (object.kind != kind) {
+        misuses.push_back("taken for something else: " + object.name);
+    }
+    return object;
+}
+
 std::vector<std::string> unreleased() {
     std::vector<std::string> names;
     for (const auto& object : objects) {

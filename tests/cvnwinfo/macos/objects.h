@@ -33,8 +33,10 @@ Object& create(Kind kind, const std::string& name);
 
 Object& createNumber(std::int32_t number);
 
-/// The object behind a reference that is passed in. One that is null or released is a misuse.
+/// The object behind a reference that is passed in. One that is null or released is a misuse, and
+/// so is one of another kind than the function is for.
 Object& objectOf(CFTypeRef reference);
+Object& objectOf(CFTypeRef reference, Kind kind);
 
 template <typename Reference>
 Reference referenceOf(const Object& object) {
