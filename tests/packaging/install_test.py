@@ -74,11 +74,14 @@ class InstallTest(unittest.TestCase):
         self.assertIn("install_config.cmake", script)
         self.assertNotRegex(script, r"[\"} ]/etc/corvane")
 
-    def test_the_launcher_finds_the_server_through_a_link_to_its_directory(self):
+    def test_the_launcher_finds_the_server_through_links(self):
         (self.prefix / "etc" / "corvane" / "corvane.conf").write_text("PORT=70000\n")
         started = ("Initializing app", "")
         (self.home / "programs").symlink_to("../prefix/bin")
         self.assertEqual(self.first_line([self.home / "programs" / "corvane"]), started)
+        (self.home / "first").symlink_to("../prefix/bin/corvane")
+        (self.home / "second").symlink_to("first")
+        self.assertEqual(self.first_line([self.home / "second"]), started)
         (self.home / "lib").mkdir()
         search = {"CDPATH": str(self.prefix)}
         self.assertEqual(self.first_line(["sh", "bin/corvane"], cwd=self.prefix,
