@@ -6,6 +6,7 @@
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
 #include "support/held_signals.h"
+#include "support/thrown.h"
 
 namespace corvane {
 namespace {
@@ -161,15 +162,13 @@ TEST_F(ReadRequestTest, FailsOnADescriptorThatIsNotOpen) {
 
 TEST_F(ReadRequestTest, MayBeAsLongAsTheLimitButNotLonger) {
     server.options.maxRequest = 8;
-    test::ClientSocket client = connect();
-    client.send("12345678\0"s);
-    EXPECT_EQ(read(), "12345678");
-    client.send("123456789");  // refused before its end comes
-    try {
-        server.readRequest(accepted(), request);
-        FAIL();
-    } catch (const Exception& e) {
-        EXPECT_EQ(e.message, "request is longer than 8 bytes");
+    for (const std::string& longer : {"123456789"s, "123456789\0"s}) {  // with its end or before
+        test::ClientSocket client = connect();
+        client.send("12345678\0"s);
+        EXPECT_EQ(read(), "12345678");
+        client.send(longer);
+        EXPECT_EQ(test::thrownBy([&] { server.readRequest(accepted(), request); }),
+                  "request is longer than 8 bytes");
     }
 }
 
