@@ -2,6 +2,7 @@
 
 Usage: exchange_test.py CORVANECTL
 """
+import contextlib
 import socket
 import struct
 import subprocess
@@ -80,6 +81,20 @@ class ExchangeTest(unittest.TestCase):
     def test_gives_up_on_a_server_that_says_half_a_reply(self):
         over = threading.Event()
         self.serve(lambda connection: (connection.sendall(REPLY[:-1]), over.wait()))
+        self.expect_time_out("userDir")
+        over.set()
+
+    def test_gives_up_on_a_server_whose_reply_comes_byte_by_byte(self):
+        over = threading.Event()
+
+        def trickle(connection):
+            with contextlib.suppress(OSError):
+                for byte in REPLY[:-1]:
+                    if over.wait(0.2):
+                        break
+                    connection.sendall(bytes([byte]))
+
+        self.serve(trickle)
         self.expect_time_out("userDir")
         over.set()
 
