@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/files_fixture.h"
 #include "support/resource_limit.h"
@@ -182,6 +183,26 @@ TEST_F(CopyDirectory, FailsWithoutDescriptorsAndSucceedsLater) {
         ASSERT_LT(free, 64);
     }
     EXPECT_EQ(treeAt(scratch / "dst"), treeAt(scratch / "src"));
+}
+
+// Which entry comes after which is for the file system to say.
+TEST_F(CopyDirectory, NamesTheFileThatCannotBeReadBehindASubdirectory) {
+    for (const char digit : std::string("0123456789")) {
+        scratch.file(std::string("targets/") + digit);
+        scratch.directory(std::string("src/sub") + digit);
+        fs::create_symlink(std::string("../targets/") + digit, scratch / "src/link" + digit);
+    }
+    std::string behind;
+    bool wasDirectory = false;
+    for (const FileInfo& entry : scanDirectory(scratch / "src")) {
+        wasDirectory = wasDirectory || entry.name.starts_with("sub");
+        behind = wasDirectory && entry.name.starts_with("link") ? entry.name : behind;
+    }
+    ASSERT_NE(behind, "");
+    removeFile(scratch / "targets" + "/" + behind.back());
+    scratch.directory("dst");
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              withCode("open src file '" + (scratch / "src/") + behind + "' error", ENOENT));
 }
 
 }  // namespace
