@@ -3,11 +3,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
+#include <vector>
 
 #include "fileutil/file_operations.h"
 #include "fileutil/files_fixture.h"
+#include "support/held_signals.h"
 #include "support/resource_limit.h"
+#include "support/signal_action.h"
 #include "support/thrown.h"
 #include "support/tree.h"
 #include "support/unix_socket.h"
@@ -190,6 +194,22 @@ TEST_F(Removing, FailsWithoutDescriptorsAndSucceedsLater) {
         EXPECT_TRUE(fs::exists(scratch / "tree/a/b/c/d/e/f/file")) << failure;
         ASSERT_LT(free, 64);
     }
+    EXPECT_TRUE(fs::is_empty(scratch.path()));
+}
+
+std::vector<std::string> vanishing;
+
+TEST_F(Removing, IsContentWithFilesThatVanishMeanwhile) {
+    vanishing = {scratch.file("tree/a"), scratch.file("tree/b")};
+    const HeldSignals held;
+    // Let in when the entries have been read.
+    const test::SignalAction others(SIGCHLD, [](int) {
+        for (const std::string& file : vanishing) {
+            static_cast<void>(::unlink(file.c_str()));
+        }
+    });
+    ASSERT_EQ(::raise(SIGCHLD), 0);
+    EXPECT_EQ(thrownBy([&] { removeDirectory(scratch / "tree", true); }), "nothing was thrown");
     EXPECT_TRUE(fs::is_empty(scratch.path()));
 }
 
