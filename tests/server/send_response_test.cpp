@@ -1,10 +1,16 @@
+#include <fcntl.h>
+
 #include <array>
 #include <cerrno>
+#include <log4cpp/Category.hh>
 #include <thread>
 #include <vector>
 
+#include "log/log.h"
+#include "log/log_file.h"
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
+#include "support/scratch_directory.h"
 
 namespace corvane {
 namespace {
@@ -23,6 +29,23 @@ TEST_F(SendResponseTest, EndsAReplyWithExactlyOneZeroByte) {
     send("two");
     server.closeSocket(accepted(), true);
     EXPECT_EQ(client.untilEnd(), std::string("one\0\0two\0", 9));
+}
+
+// The client may look into the log as soon as it has the reply.
+TEST_F(SendResponseTest, WritesPendingLogLinesBefore) {
+    const test::ScratchDirectory scratch;
+    const std::string path = scratch.file("log");
+    LogFile file("log", ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    test::ClientSocket client = connect();
+    log4cpp::Category& root = log4cpp::Category::getRoot();
+    root.addAppender(file);
+    {
+        const LogBatch linesOfTheRequest;
+        root.notice("served");
+        send("reply");
+        EXPECT_NE(test::readFile(path).find("served\n"), std::string::npos);
+    }
+    root.removeAppender(&file);
 }
 
 TEST_F(SendResponseTest, JoinsPieces) {
