@@ -1,9 +1,31 @@
 // A shortage of descriptors: how long the listener is left alone, in virtual time.
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <optional>
+#include <utility>
 
 #include "server/server_fixture.h"
 #include "server/virtual_time_linux.h"
 #include "support/resource_limit.h"
+
+namespace {
+
+/// What the next accept fails with; 0 for nothing.
+int nextAcceptError = 0;
+
+}  // namespace
+
+// Takes the place of the C library's function in this program.
+extern "C" int accept4(int listener, sockaddr* peer, socklen_t* length, int flags) {
+    if (nextAcceptError != 0) {
+        errno = std::exchange(nextAcceptError, 0);
+        return -1;
+    }
+    return static_cast<int>(::syscall(SYS_accept4, listener, peer, length, flags));
+}
 
 namespace corvane {
 namespace {
@@ -54,6 +76,17 @@ TEST_F(DescriptorShortage, IsOverWhenAConnectionIsClosed) {
     const test::VirtualTime time;
     server.process();
     EXPECT_EQ(time.waits(), std::vector<milliseconds>());
+}
+
+TEST_F(DescriptorShortage, IsAlsoThatOfTheWholeSystemAndOneOfMemory) {
+    for (const int error : {EMFILE, ENFILE, ENOBUFS, ENOMEM}) {
+        test::ClientSocket waiting(port);
+        waiting.send("shutdown\0"s);
+        nextAcceptError = error;
+        const test::VirtualTime time;
+        server.process();
+        EXPECT_EQ(time.waits(), std::vector<milliseconds>{milliseconds(100)}) << error;
+    }
 }
 
 }  // namespace
