@@ -8,12 +8,15 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <string>
 
+#include "log/crash_flush.h"
 #include "platform/file_desc.h"
 #include "platform/waiting.h"
 #include "support/held_signals.h"
 #include "support/log_file_fixture.h"
 #include "support/signal_action.h"
+#include "support/wait_until.h"
 
 namespace corvane {
 namespace {
@@ -45,6 +48,7 @@ class UnreadLog : public test::LogFileTest {
         ::waitpid(pid, &status, 0);
         return status == 0;
     }
+    std::string lateLine();
     static bool isPending(int sig) {
         sigset_t pending;
         ::sigpending(&pending);
@@ -103,8 +107,8 @@ TEST_F(UnreadLog, DropsLinesOnceAStopIsAskedFor) {
 int readEnd = -1;
 int alarms = 0;
 
-TEST_F(UnreadLog, LosesNothingThroughSignalsThatInterruptIt) {
-    fill();
+// What arrives of a line for which a handler makes room, but not at once.
+std::string UnreadLog::lateLine() {
     readEnd = reader;
     alarms = 0;
     struct sigaction action {};
@@ -116,7 +120,7 @@ TEST_F(UnreadLog, LosesNothingThroughSignalsThatInterruptIt) {
             static_cast<void>(::read(readEnd, block.data(), block.size()));
         }
     };
-    ASSERT_EQ(::sigaction(SIGALRM, &action, &previous), 0);
+    EXPECT_EQ(::sigaction(SIGALRM, &action, &previous), 0);
     const itimerval often{{0, 10'000}, {0, 10'000}};
     const itimerval never{};
     ::setitimer(ITIMER_REAL, &often, nullptr);
@@ -127,8 +131,38 @@ TEST_F(UnreadLog, LosesNothingThroughSignalsThatInterruptIt) {
     std::array<char, 100> rest{};
     ::fcntl(reader, F_SETFL, O_NONBLOCK);  // instead of waiting for a line that is lost
     const ssize_t count = ::read(reader, rest.data(), rest.size());
-    EXPECT_EQ(std::string(rest.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))),
-              "INFO    : line\n");
+    return {rest.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+}
+
+TEST_F(UnreadLog, LosesNothingThroughSignalsThatInterruptIt) {
+    fill();
+    EXPECT_EQ(lateLine(), "INFO    : line\n");
+}
+
+// As other programs that share the console may leave it.
+TEST_F(UnreadLog, LosesNothingWhereItsFileDoesNotWait) {
+    fill();
+    ::fcntl(writer, F_SETFL, O_NONBLOCK);
+    EXPECT_EQ(lateLine(), "INFO    : line\n");
+}
+
+TEST_F(UnreadLog, DoesNotHoldASignalUpThatEndsTheProcess) {
+    fill();
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        static_cast<void>(::signal(SIGHUP, SIG_DFL));
+        flushLogOnFatalSignals();
+        const LogBatch batch;
+        log.info("unread");
+        ::raise(SIGHUP);
+        ::_exit(1);
+    }
+    int status = -1;
+    if (!test::waitUntil([&] { return ::waitpid(pid, &status, WNOHANG) == pid; })) {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, &status, 0);
+    }
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGHUP) << status;
 }
 
 }  // namespace
