@@ -83,13 +83,15 @@ void X11Session::startServer() {
     const std::filesystem::path log = home_.path() / "Xvfb.log";
     const std::string screen =
         std::to_string(screenWidth) + "x" + std::to_string(screenHeight) + "x24";
+    const std::string second =
+        std::to_string(secondScreenWidth) + "x" + std::to_string(secondScreenHeight) + "x24";
     // Two servers that start at once may pick the same number; the one that loses ends.
     constexpr int attempts = 5;
     for (int attempt = 0; attempt < attempts; ++attempt) {
         Pipe pipe;
         server_ = std::make_unique<ChildProcess>(
-            std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten",
-                                     "tcp", "-noreset"},
+            std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", screen, "-screen",
+                                     "1", second, "-nolisten", "tcp", "-noreset"},
             environment_, pipe.writeEnd.number(), createFile(log).number());
         pipe.writeEnd.close();
         const std::string number = readDisplayNumber(pipe.readEnd.number());

@@ -37,6 +37,9 @@ class X11Session {
 
     static constexpr int screenWidth = 1024;
     static constexpr int screenHeight = 768;
+    /// Of the one that is left to tests: DISPLAY names it with ".1" at its end.
+    static constexpr int secondScreenWidth = 800;
+    static constexpr int secondScreenHeight = 600;
 
     /// Returns when the X server takes connections and the window manager, if one is asked for,
     /// has announced itself.

@@ -113,7 +113,7 @@ void TestWindow::create(const WindowOptions& options) {
                       static_cast<std::uint16_t>(options.border), XCB_WINDOW_CLASS_INPUT_OUTPUT,
                       connection_.screen()->root_visual, XCB_CW_EVENT_MASK, events.data());
     if (options.wmName) {
-        setText("WM_NAME", "STRING", *options.wmName);
+        setText("WM_NAME", options.wmNameType, *options.wmName);
     }
     if (options.netWmName) {
         setText("_NET_WM_NAME", "UTF8_STRING", *options.netWmName);

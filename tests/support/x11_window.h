@@ -58,7 +58,8 @@ class X11Connection {
 };
 
 struct WindowOptions {
-    std::optional<std::string> wmName = std::nullopt;     ///< WM_NAME, in ISO 8859-1
+    std::optional<std::string> wmName = std::nullopt;     ///< WM_NAME
+    std::string wmNameType = "STRING";                    ///< its encoding, ISO 8859-1
     std::optional<std::string> netWmName = std::nullopt;  ///< _NET_WM_NAME, in UTF-8
     /// What is asked for; a window manager takes only the size from it.
     PixelRectangle rectangle = {60, 70, 320, 240};

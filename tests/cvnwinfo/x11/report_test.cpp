@@ -43,6 +43,12 @@ TEST_P(Report, FindsAWindowByItsLatin1WmName) {
     EXPECT_EQ(reportedRectangle(session, "Lecteur n\xC2\xB0 1"), window.rectangle());
 }
 
+TEST_P(Report, FindsAWindowByItsWmNameInUtf8) {
+    const TestWindow window(session,
+                            {.wmName = "Lecteur n\xC2\xB0 1", .wmNameType = "UTF8_STRING"});
+    EXPECT_EQ(reportedRectangle(session, "Lecteur n\xC2\xB0 1"), window.rectangle());
+}
+
 TEST_P(Report, PrefersNetWmNameToWmName) {
     const TestWindow window(session, {.wmName = "Old name", .netWmName = "New name"});
     EXPECT_EQ(reportedRectangle(session, "New name"), window.rectangle());
@@ -112,6 +118,14 @@ TEST(ReportWithoutManager, FindsAMinimisedWindow) {
                         iconic.size(), iconic.data());
     ASSERT_EQ(manager.property(window.id(), "WM_STATE").size(), iconic.size());
     EXPECT_EQ(reportedRectangle(session, "Minimised"), window.rectangle());
+}
+
+TEST(ReportWithoutManager, IsAboutTheScreenThatDisplayNames) {
+    const X11Session session(X11Session::Manager::none);
+    Environment second = session.environment();
+    second.set("DISPLAY", session.display() + ".1");
+    EXPECT_EQ(runTool(second, {"-a"}).output, "800,600\n");
+    EXPECT_EQ(runTool(session.environment(), {"-a"}).output, "1024,768\n");
 }
 
 TEST(ReportWithoutManager, LeavesOutTheBorder) {
