@@ -170,5 +170,15 @@ TEST_F(RenameSafety, LeavesAFileOfSeveralLinksThatIsMovedOntoItselfOnLayers) {
     }
 }
 
+TEST_F(RenameSafety, LeavesBothLinksOfAFileThatIsMovedFromOneToTheOtherOnLayers) {
+    fs::create_hard_link(scratch.file("lower/a", "kept"), scratch / "lower/b");
+    const Overlay overlay(scratch);
+    if (!overlay.isMounted()) {
+        GTEST_SKIP() << "may not mount a file system of layers here";
+    }
+    EXPECT_EQ(renaming(overlay.path() + "/a", overlay.path() + "/b"), "nothing was thrown");
+    EXPECT_EQ(treeAt(overlay.path()), (Tree{{"a", "file:kept"}, {"b", "file:kept"}}));
+}
+
 }  // namespace
 }  // namespace corvane
