@@ -54,6 +54,22 @@ TEST_F(ServerAtRest, CountsItsInactivityFromTheLastRequestOn) {
     })) << "started anew";
 }
 
+TEST_F(ServerAtRest, DoesNotWaitWhileThereAreRequestsHoweverManyCameAtOnce) {
+    server.options.inactivity = 5;
+    for (const int count : {31, 32, 33, 64}) {
+        std::vector<test::ClientSocket> all;
+        for (int i = 0; i < count; ++i) {
+            all.push_back(connect());
+        }
+        for (test::ClientSocket& client : all) {
+            client.send(&client == &all.back() ? "shutdown\0"s : "hello\0"s);
+        }
+        const test::VirtualTime time;
+        server.process();
+        EXPECT_TRUE(time.waits().empty()) << count;
+    }
+}
+
 TEST_F(ServerAtRest, HasGivenTheMemoryOfClientsThatSentAheadBack) {
     if (test::isSanitized) {
         GTEST_SKIP() << "sanitizers keep what is freed for a while";
