@@ -91,6 +91,14 @@ TEST_F(DetachTest, PrintsThatTheConsoleIsOffOnceOnATerminal) {
     EXPECT_EQ(server().followDetached(), 0);
 }
 
+TEST_F(DetachTest, TellsWhyItCannotStartBeforeIt) {
+    start("CONSOLE=false\nlog4cpp.priority=LOUD\n");
+    EXPECT_EQ(server().wait(), 255);
+    EXPECT_EQ(server().output(),
+              "Initializing app\nConsole is off\ncorvane init error:\nInvalid priority (LOUD) in "
+              "logging configuration file for category: root\n");
+}
+
 TEST_F(DetachTest, ServesWithTheNullDeviceInPlaceOfTheStandardDescriptors) {
     start("CONSOLE=false\n");
     server().followDetached();
