@@ -2,8 +2,10 @@
 
 Usage: install_test.py CMAKE BUILD_DIRECTORY PACKAGING_DIRECTORY
 """
+import contextlib
 import os
 import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -87,25 +89,37 @@ class InstallTest(unittest.TestCase):
         self.assertEqual(self.first_line(["sh", "bin/corvane"], cwd=self.prefix,
                                          environment=search), started)
 
-    def test_the_installed_server_answers_when_started_through_a_link(self):
+    @contextlib.contextmanager
+    def running(self, command):
+        """The server, and the port that it listens on."""
         (self.prefix / "etc" / "corvane" / "corvane.conf").write_text("PORT=0\n")
+        environment = dict(os.environ, HOME=str(self.home))
+        with subprocess.Popen([command], env=environment, stdin=subprocess.DEVNULL, text=True,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                              start_new_session=True) as server:
+            try:
+                yield server, next(found.group(1) for line in server.stderr
+                                   if (found := re.search(r"Listening on [\d.]+:(\d+)", line)))
+            finally:
+                with contextlib.suppress(ProcessLookupError):
+                    os.killpg(server.pid, signal.SIGKILL)
+
+    def test_the_installed_server_answers_when_started_through_a_link(self):
         link = self.home / "start"
         link.symlink_to("../prefix/bin/corvane")
-        environment = dict(os.environ, HOME=str(self.home))
-        with subprocess.Popen([link], env=environment, stdin=subprocess.DEVNULL, text=True,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.PIPE) as server:
-            try:
-                port = next(found.group(1) for line in server.stderr
-                            if (found := re.search(r"Listening on [\d.]+:(\d+)", line)))
-                client = [self.prefix / "bin" / "corvanectl", "--port", port]
-                answer = subprocess.run([*client, "userDir"], capture_output=True, text=True,
-                                        timeout=60, check=True)
-                self.assertEqual(answer.stdout, f"{self.home}\n")
-                subprocess.run([*client, "shutdown"], timeout=60, check=True)
-                server.stderr.read()
-                self.assertEqual(server.wait(timeout=60), 0)
-            finally:
-                server.kill()
+        with self.running(link) as (server, port):
+            client = [self.prefix / "bin" / "corvanectl", "--port", port]
+            answer = subprocess.run([*client, "userDir"], capture_output=True, text=True,
+                                    timeout=60, check=True)
+            self.assertEqual(answer.stdout, f"{self.home}\n")
+            subprocess.run([*client, "shutdown"], timeout=60, check=True)
+            server.stderr.read()
+            self.assertEqual(server.wait(timeout=60), 0)
+
+    def test_who_has_started_the_launcher_can_stop_the_server(self):
+        with self.running(self.prefix / "bin" / "corvane") as (server, _):
+            server.terminate()
+            self.assertEqual(server.wait(timeout=60), 0)
 
 
 if __name__ == "__main__":
