@@ -7,6 +7,7 @@
 #include <log4cpp/Category.hh>
 
 #include "support/log_capture.h"
+#include "text/exception.h"
 #include "text/strings.h"
 
 namespace corvane {
@@ -17,6 +18,12 @@ std::size_t categories() {
     const std::size_t count = all->size();
     delete all;
     return count;
+}
+
+TEST(ExternalLog, MakesNoCategoryForALineOfNoPriority) {
+    const std::size_t before = categories();
+    EXPECT_THROW(writeExternalLine("unused", "LOUD", "text"), Exception);
+    EXPECT_EQ(categories(), before);
 }
 
 // Each category stays for the life of the process, so that this one fills the room for all.
