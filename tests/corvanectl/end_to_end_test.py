@@ -118,13 +118,17 @@ class CorvanectlTest(unittest.TestCase):
             }}
             complete_words corvanectl userD
             complete_words corvanectl --host localhost shut
+            complete_words corvanectl -H localhost -p 1 -t 5 --port 1 --timeout 5 -x shut
+            complete_words corvanectl --host = localhost -t = 5 shut
+            complete_words corvanectl --port =
+            complete_words corvanectl --timeout = 5
             complete_words corvanectl --p
             complete_words corvanectl readText some
         """
         result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True,
                                 check=True)
         self.assertEqual(result.stdout.splitlines(),
-                         ["userDir", "shutdown", "--port", "some file"])
+                         ["userDir", *["shutdown"] * 3, "", "", "--port", "some file"])
 
 
 if __name__ == "__main__":

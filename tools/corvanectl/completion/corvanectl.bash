@@ -4,10 +4,19 @@
 _corvanectl() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} i
   COMPREPLY=()
+  # "--host=ADDRESS" comes as three words.
+  if [[ $current == = ]]; then
+    current=
+  elif [[ $previous == = ]]; then
+    previous=${COMP_WORDS[COMP_CWORD-2]}
+  fi
   for ((i = 1; i < COMP_CWORD; i++)); do
     case ${COMP_WORDS[i]} in
-      -H | --host | -p | --port | -t | --timeout) ((i++)) ;;
-      -* | =) ;;
+      -H | --host | -p | --port | -t | --timeout)
+        ((i++))
+        [[ ${COMP_WORDS[i]} == = ]] && ((i++))
+        ;;
+      -*) ;;
       *)
         # Behind the command: parameters, most of which are paths.
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
