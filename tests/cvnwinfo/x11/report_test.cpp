@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 #include "cvnwinfo/x11/tool_fixture.h"
 
@@ -118,6 +119,43 @@ TEST(ReportWithoutManager, FindsAMinimisedWindow) {
                         iconic.size(), iconic.data());
     ASSERT_EQ(manager.property(window.id(), "WM_STATE").size(), iconic.size());
     EXPECT_EQ(reportedRectangle(session, "Minimised"), window.rectangle());
+}
+
+// What a window manager announces that tells the age of its windows, but not how they are stacked.
+class SimpleManager {
+  public:
+    SimpleManager(const X11Session& session, const std::vector<xcb_window_t>& windows)
+        : connection_(session.display()) {
+        const xcb_window_t root = connection_.screen()->root;
+        const xcb_window_t check = xcb_generate_id(connection_.get());
+        xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, check, root, 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        set(root, "_NET_SUPPORTING_WM_CHECK", "WINDOW", {check});
+        set(check, "_NET_SUPPORTING_WM_CHECK", "WINDOW", {check});
+        set(root, "_NET_SUPPORTED", "ATOM", {connection_.atom("_NET_CLIENT_LIST")});
+        set(root, "_NET_CLIENT_LIST", "WINDOW", windows);
+    }
+
+  private:
+    void set(xcb_window_t window, const char* name, const char* type,
+             const std::vector<std::uint32_t>& items) {
+        xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, window,
+                            connection_.atom(name), connection_.atom(type), 32,
+                            static_cast<std::uint32_t>(items.size()), items.data());
+        EXPECT_EQ(connection_.property(window, name), items);
+    }
+
+    X11Connection connection_;
+};
+
+TEST(ReportWithoutManager, TakesTheYoungestOfTheWindowsThatAreListedByTheirAge) {
+    const X11Session session(X11Session::Manager::none);
+    const TestWindow old(session, {.wmName = "Player 1", .rectangle = {10, 10, 300, 200}});
+    const TestWindow young(session, {.wmName = "Player 2", .rectangle = {40, 40, 200, 100}});
+    old.raise();
+    EXPECT_EQ(reportedRectangle(session, "Player"), old.rectangle());
+    const SimpleManager manager(session, {old.id(), young.id()});
+    EXPECT_EQ(reportedRectangle(session, "Player"), young.rectangle());
 }
 
 TEST(ReportWithoutManager, IsAboutTheScreenThatDisplayNames) {
