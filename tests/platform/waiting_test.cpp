@@ -1,6 +1,9 @@
 #include "platform/waiting.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -8,7 +11,9 @@
 #include <cerrno>
 #include <csignal>
 
+#include "platform/file_desc.h"
 #include "support/held_signals.h"
+#include "support/resource_limit.h"
 #include "support/wait_until.h"
 
 namespace corvane {
@@ -51,6 +56,19 @@ TEST_F(WaitingTest, LetsSignalsInEvenWhenASocketIsReadyAtOnce) {
     EXPECT_TRUE(test::waitUntil([this] { return waitForPair() == -1; }));
     EXPECT_EQ(signals.handled(), 1);
     EXPECT_EQ(waitForPair(), 1);
+}
+
+TEST_F(WaitingTest, LetsSignalsInWhereADescriptorIsTooLargeForSelect) {
+    rlimit limits{};
+    ::getrlimit(RLIMIT_NOFILE, &limits);
+    if (limits.rlim_max < FD_SETSIZE + 64) {
+        GTEST_SKIP() << "the number of descriptors cannot be raised far enough";
+    }
+    const test::ResourceLimit many(RLIMIT_NOFILE, FD_SETSIZE + 64);
+    const FileDesc high(::fcntl(pair[0], F_DUPFD_CLOEXEC, FD_SETSIZE));
+    ASSERT_EQ(::raise(SIGCHLD), 0);
+    EXPECT_TRUE(waitForSocket(high, Direction::Read, deadlineAfter(1)));
+    EXPECT_EQ(signals.handled(), 1);
 }
 
 TEST_F(WaitingTest, DeliversSignalsInBetween) {
