@@ -1,4 +1,5 @@
-// Files of sizes that no memory holds. Linux only: it has files without a disk that may be so large.
+// Files of sizes that no memory holds. Linux only: it has files without a disk that may be so
+// large.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -24,11 +25,11 @@ TEST_F(LargeFile, IsTooLargeToReadWhenNoStringCanHoldIt) {
     }
     const std::string path = "/proc/self/fd/" + std::to_string(file);
     EXPECT_EQ(ask("readText", path), test::failure("readText"));
-    EXPECT_EQ(log.lines()[2],
-              commandLine("ERROR", "readText",
-                          ": ERROR: '" +
-                              test::withCode("file '" + path + "' is too large to read", ENOMEM) +
-                              "'"));
+    EXPECT_EQ(
+        log.lines()[2],
+        commandLine("ERROR", "readText",
+                    ": ERROR: '" +
+                        test::withCode("file '" + path + "' is too large to read", ENOMEM) + "'"));
 }
 
 }  // namespace
