@@ -33,6 +33,15 @@ TEST(ParseInvocation, TakesOptionsInFrontOfTheCommand) {
     EXPECT_EQ(invocation.parameters, std::vector<std::string>{"desktop"});
 }
 
+TEST(ParseInvocation, TakesAValueBehindAnEqualsSignOutOfTheSameArgument) {
+    for (const char* option : {"-p=5000", "--port=5000"}) {
+        const Invocation invocation = parse({option, "userDir", "desktop"});
+        EXPECT_EQ(invocation.endpoint.port, 5000);
+        EXPECT_EQ(invocation.command, "userDir");
+        EXPECT_EQ(invocation.parameters, std::vector<std::string>{"desktop"});
+    }
+}
+
 TEST(ParseInvocation, LeavesEverythingBehindTheCommandAlone) {
     const Invocation invocation = parse({"setWndPos", "1", "-10", "--xml", "--help"});
     EXPECT_EQ(invocation.mode, Mode::Request);
