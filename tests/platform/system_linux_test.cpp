@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -20,6 +21,7 @@
 #include "support/sanitized.h"
 #include "support/scratch_directory.h"
 #include "support/signal_action.h"
+#include "support/working_directory.h"
 
 namespace corvane {
 namespace {
@@ -110,6 +112,14 @@ TEST(SearchFlag, OpensADirectoryWhoseEntriesCanBeReached) {
     const FileDesc directory(
         ::open(scratch.path().c_str(), platform::searchFlag() | O_DIRECTORY | O_CLOEXEC));
     EXPECT_EQ(::faccessat(directory, "file", F_OK, 0), 0);
+}
+
+TEST(CurrentDirectory, IsGivenAsFarAsThereIsRoomForIt) {
+    const test::ScratchDirectory scratch;
+    const test::WorkingDirectory inside(scratch.path());
+    const std::string path = std::filesystem::canonical(scratch.path());
+    EXPECT_EQ(platform::currentDirectory(path.size() + 1), path);
+    EXPECT_EQ(platform::currentDirectory(path.size()), "");
 }
 
 TEST(TemporaryNamePattern, IsTheFormOfTheNamesOfTmpnam) {
