@@ -111,9 +111,11 @@ bool isForeign(std::string_view request) {
     return end != std::string_view::npos && isHttpRequestLine(line);
 }
 
-// Only what arrives together is known as STUN.
-bool mayBeStun(std::string_view bytes) {
-    return bytes.find("\x21\x12\xA4\x42") != std::string_view::npos;
+// Only what arrives together is known as STUN, or as a TLS greeting in the form of SSL 2, which
+// holds a terminator.
+bool dependsOnArrival(std::string_view bytes) {
+    return bytes.find("\x21\x12\xA4\x42") != std::string_view::npos ||
+           bytes.find("\x01\x03") != std::string_view::npos;
 }
 
 // The command and the parameters of a request, or nothing when it has no command.
@@ -157,7 +159,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const bool prepared = (prepareSignals(), true);
     static_cast<void>(prepared);
     const std::string_view bytes = fuzz::asText(data, std::min(size, longestInput));
-    if (mayBeStun(bytes)) {
+    if (dependsOnArrival(bytes)) {
         return 0;
     }
     const Requests wanted = expected(bytes);
