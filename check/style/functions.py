@@ -58,6 +58,6 @@ def braced_functions(text):
 def functions(text, suffix):
     if suffix == ".py":
         return python_functions(text)
-    if suffix in (".h", ".cpp", ".mjs", ".hx", ".as"):
+    if suffix in (".h", ".cpp", ".mjs", ".js", ".ts", ".hx", ".as"):
         return braced_functions(text)
     return shell_functions(text)

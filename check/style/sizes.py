@@ -13,7 +13,7 @@ from functions import functions
 LONGEST_FILE = 250
 LONGEST_FUNCTION = 40
 PLACES = ("src", "tools", "tests", "bench", "check", "script", "clients", "packaging", ".ci")
-SUFFIXES = (".h", ".cpp", ".py", ".mjs", ".hx", ".as")
+SUFFIXES = (".h", ".cpp", ".py", ".mjs", ".js", ".ts", ".hx", ".as")
 
 
 def is_source(path):

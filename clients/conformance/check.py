@@ -6,12 +6,15 @@ made through the server at the start and deleted at the end.
 """
 
 import argparse
+import contextlib
 import pathlib
 import re
 import secrets
 import socket
 import sys
 from dataclasses import dataclass, field
+
+from through_client import Client, can_send, problem_of
 
 TIMEOUT = 10  # seconds for a reply, and for the end of a connection
 LONG_LINE = "x" * 1024
@@ -130,8 +133,11 @@ def matches(reply, expected, known):
     return re.fullmatch("[^\"]*".join(map(re.escape, parts)), reply) is not None
 
 
-def run(example, server, known):
+def run(example, server, known, client):
     """Returns what is wrong, or an empty string."""
+    if client is not None:
+        expected = None if example.closes else fill(example.replies[0], known)
+        return problem_of(client.ask(fill(example.request, known)), expected)
     server.send(wire(example, known))
     for expected in example.replies:
         reply = server.receive()
@@ -148,18 +154,28 @@ def run(example, server, known):
     return ""
 
 
-def check(examples, server, known, prepared):
+def obstacle(example, known, prepared, commands):
+    """Why an example cannot be run, or an empty string; `commands` is None without a client."""
+    missing = [need for need in example.needs if need not in prepared]
+    if missing:
+        return f"needs {', '.join(missing)}"
+    if commands is not None and (example.raw or not can_send(fill(example.request, known), commands)):
+        return "no call of a client"
+    return ""
+
+
+def check(examples, server, known, prepared, client=None, commands=None):
     """Runs the examples that can be run; returns the numbers of passed, failed and skipped ones."""
     passed, failed, skipped = 0, 0, 0
     for example in examples:
         title = f"line {example.line}: {example.request.splitlines()[0] if example.request else ''}"
-        missing = [need for need in example.needs if need not in prepared]
-        if missing:
-            print(f"skip  {title} (needs {', '.join(missing)})")
+        reason = obstacle(example, known, prepared, commands)
+        if reason:
+            print(f"skip  {title} ({reason})")
             skipped += 1
             continue
         try:
-            problem = run(example, server, known)
+            problem = run(example, server, known, client)
         except OSError as error:
             problem = f"  {error}"
             server.socket = None
@@ -183,22 +199,38 @@ def parse_arguments():
         "--expect", action="append", default=[], metavar="NAME=VALUE",
         help="what {home}, {tmp} or {cwd} must be, instead of what the server says",
     )
+    parser.add_argument(
+        "--client", metavar="COMMAND",
+        help="check a client library: send what its methods can send through a program that drives it, "
+        "started with host and port behind COMMAND (see through_client.py)",
+    )
     return parser.parse_args()
+
+
+def check_all(document, server, known, arguments):
+    """Those that end the server come last, when the directory of the examples is gone."""
+    examples = read_examples(document)
+    last = [example for example in examples if "shutdown" in example.needs]
+    rest = [example for example in examples if example not in last]
+    with contextlib.ExitStack() as stack:
+        through = ()
+        if arguments.client:
+            client = stack.enter_context(Client(arguments.client, arguments.host, arguments.port))
+            through = (client, {"shutdown", *re.findall(r"^### (\w+)$", document, re.MULTILINE)})
+        counts = check(rest, server, known, arguments.prepared, *through)
+        server.ask("delete\n" + known["dir"])
+        return [sum(pair) for pair in zip(counts, check(last, server, known, arguments.prepared, *through))]
 
 
 def main():
     arguments = parse_arguments()
-    examples = read_examples(arguments.document.read_text(encoding="utf-8"))
-    last = [example for example in examples if "shutdown" in example.needs]
     server = Server(arguments.host, arguments.port)
     try:
         known = learn(server, dict(pair.split("=", 1) for pair in arguments.expect))
         server.ask("makeDir\n" + known["dir"])
     except OSError as error:
         sys.exit(f"No server at {arguments.host}:{arguments.port}: {error}")
-    counts = check([example for example in examples if example not in last], server, known, arguments.prepared)
-    server.ask("delete\n" + known["dir"])
-    counts = [sum(pair) for pair in zip(counts, check(last, server, known, arguments.prepared))]
+    counts = check_all(arguments.document.read_text(encoding="utf-8"), server, known, arguments)
     print("{} passed, {} failed, {} skipped".format(*counts))
     return 1 if counts[1] or not counts[0] else 0
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""methods_test.py [ROOT]: each command of the server has a handler and a row in its table; both client
-libraries, the protocol page and the README have each of them, no command more, and the two libraries the
-same methods with the same parameters."""
+"""methods_test.py [ROOT]: each command of the server has a handler and a row in its table; the client
+libraries, the protocol page and the README have each of them, no command more, and the libraries the
+same methods with the same parameters, but for the callback that a promise takes the place of."""
 
 import pathlib
 import re
@@ -33,13 +33,34 @@ def readme_commands():
     return re.findall(r"^\| `(\w+)` \|", section.group(0), re.MULTILINE)
 
 
-def methods(path, pattern):
+def methods(path, pattern, parameter=r"(\w+)\s*:"):
     """The public methods and the names of their parameters."""
     source = (ROOT / path).read_text("utf-8")
     return {
-        name: re.findall(r"(\w+)\s*:", parameters)
+        name: re.findall(parameter, parameters)
         for name, parameters in re.findall(pattern, source, re.DOTALL)
     }
+
+
+def javascript():
+    """Those of the module and those of its types, with the other libraries' name of the constructor."""
+    module = methods("clients/js/corvane/client.js", r"\n  (?:async )?(\w+)\(([^)]*)\) \{\n", r"(\w+)(?: = \S+?)?(?:,|$)")
+    types = methods("clients/js/corvane/index.d.ts", r"\n  (\w+)\(([^)]*)\)(?:: (?:void|Promise<[^;]*))?;", r"(\w+)\??: ")
+    others = {"opened", "received", "lost", "send"}  # of the interfaces that a transport has
+    names = {"constructor": "new"}
+    return [{names.get(name, name): words for name, words in found.items() if name not in others}
+            for found in (module, types)]
+
+
+def same_parameters(libraries, left_out=()):
+    """Prints where the libraries differ; returns whether they do not."""
+    well = True
+    for name in sorted(set.intersection(*map(set, libraries.values())).difference(left_out)):
+        lists = {where: [word for word in found[name] if word not in left_out] for where, found in libraries.items()}
+        if len(set(map(tuple, lists.values()))) > 1:
+            print(f"{name}: the parameters are {lists}")
+            well = False
+    return well
 
 
 def report(what, found, expected):
@@ -58,6 +79,7 @@ def main():
     as3 = methods("clients/as3/corvane/CorvaneClient.as", r"\n    public function (\w+)\((.*?)\)(?::void)? \{\n")
     words = AS3_WORDS.intersection(name for method in as3.items() for name in (method[0], *method[1]))
     as3 = {{"CorvaneClient": "new", "delete_": "delete"}.get(name, name): names for name, names in as3.items()}
+    module, types = javascript()
     headings = re.findall(r"^### (\w+)$", (ROOT / "docs/protocol.md").read_text("utf-8"), re.MULTILINE)
 
     well = report("the server's table", commands, handlers) and bool(commands)
@@ -66,10 +88,10 @@ def main():
     well &= report("clients/haxe", haxe, EXTRA.union(commands))
     well &= report("clients/as3", as3, EXTRA.union(commands))
     well &= report("docs/protocol.md", headings, commands)
-    for name in sorted(haxe.keys() & as3.keys()):
-        if haxe[name] != as3[name]:
-            print(f"{name}: the parameters are {haxe[name]} in Haxe, {as3[name]} in ActionScript")
-            well = False
+    well &= report("clients/js", module, EXTRA.union(commands))
+    well &= report("the types of clients/js", types, EXTRA.union(commands))
+    well &= same_parameters({"Haxe": haxe, "ActionScript": as3})
+    well &= same_parameters({"Haxe": haxe, "JavaScript": module, "TypeScript": types}, left_out=("done", "new"))
     sys.exit(0 if well else 1)
 
 

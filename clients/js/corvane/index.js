@@ -1,0 +1,4 @@
+export {overBridge} from "./bridge.js";
+export {CorvaneClient} from "./client.js";
+export {Entry} from "./entry.js";
+export {Failure} from "./failure.js";
