@@ -1,8 +1,12 @@
 # Runs at the installation. The configuration belongs under /etc for the prefix /usr, else under the
 # prefix's own etc, and a link stands in for it beside the server. Which of them is decided by the
-# prefix of the installation: "cmake --install --prefix" may name another one than the build's. A
-# configuration that is there already may have been edited and is kept.
-if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+# prefix of the installation: "cmake --install --prefix" may name another one than the build's. Where
+# CORVANE_CONFIG_DIR was set for the build, it is that directory. A configuration that is there already
+# may have been edited and is kept.
+if(CORVANE_CONFIG_DIR)
+  set(config_dir "$ENV{DESTDIR}${CORVANE_CONFIG_DIR}")
+  set(config_link "${CORVANE_CONFIG_DIR}/corvane.conf")
+elseif(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(config_dir "$ENV{DESTDIR}/etc/corvane")
   set(config_link /etc/corvane/corvane.conf)
 else()

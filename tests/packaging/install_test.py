@@ -32,9 +32,9 @@ class InstallTest(unittest.TestCase):
         return subprocess.run([self.prefix / "bin" / "corvane", *arguments], capture_output=True,
                               text=True, timeout=60, check=False)
 
-    def install_configuration(self, prefix, destination):
+    def install_configuration(self, prefix, destination, *definitions):
         """As the installation with this prefix does, whatever prefix the build was made for."""
-        subprocess.run([CMAKE, f"-DCMAKE_INSTALL_PREFIX={prefix}", "-P",
+        subprocess.run([CMAKE, f"-DCMAKE_INSTALL_PREFIX={prefix}", *definitions, "-P",
                         Path(PACKAGING) / "install_config.cmake"], check=True,
                        env=dict(os.environ, DESTDIR=str(destination)), stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL)
@@ -70,6 +70,17 @@ class InstallTest(unittest.TestCase):
         self.assertEqual(os.readlink(system / "usr/lib/corvane/corvane.conf"),
                          "/etc/corvane/corvane.conf")
         self.assertFalse((system / "usr/etc").exists())
+
+    def test_the_place_of_the_configuration_can_be_that_of_all_versions(self):
+        version, shared = self.home / "Cellar" / "1", self.home / "etc" / "corvane"
+        for config in ("PORT=0\n", None):
+            self.install_configuration(version, "", f"-DCORVANE_CONFIG_DIR={shared}")
+            self.assertFalse((version / "etc").exists())
+            self.assertTrue((version / "lib/corvane/corvane.conf").samefile(shared / "corvane.conf"))
+            if config:
+                (shared / "corvane.conf").write_text(config)
+            version = self.home / "Cellar" / "2"
+        self.assertEqual((shared / "corvane.conf").read_text(), "PORT=0\n")
 
     def test_the_build_leaves_that_choice_to_the_installation(self):
         script = (Path(BUILD) / "packaging" / "cmake_install.cmake").read_text()
