@@ -172,6 +172,13 @@ TEST_F(LoggingTest, WritesTheSameLinesToTheConsole) {
     EXPECT_EQ(log(), "a line\n");
 }
 
+TEST_F(LoggingTest, AppliesTheLevelToItsOwnFirstLine) {
+    settings.setProperty("log4cpp.priority", "INFO");
+    testing::internal::CaptureStderr();
+    configure(true);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(LoggingTest, LeavesTheConsoleAloneWhenItIsOff) {
     testing::internal::CaptureStderr();
     configure();

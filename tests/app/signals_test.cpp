@@ -113,6 +113,16 @@ TEST(TerminationSignal, ClosesTheServersSockets) {
     server = nullptr;
 }
 
+TEST(TerminationSignal, LeavesTheErrorNumberAlone) {
+    Server running;
+    running.initListener("127.0.0.1", 0);
+    server = &running;
+    errno = EDOM;
+    term_signal(SIGTERM);
+    EXPECT_EQ(errno, EDOM);
+    server = nullptr;
+}
+
 TEST(TerminationSignal, IsOnlyLoggedWhileThereIsNoServer) {
     server = nullptr;
     const test::LogCapture log;

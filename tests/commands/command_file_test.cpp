@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "support/command_fixture.h"
@@ -64,6 +65,17 @@ TEST_F(FileOfACommand, LetsSignalsInBetweenTheBlocksOfALongText) {
     ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_TRUE(file.write(std::string(3'000'000, 'x')));
     EXPECT_EQ(signals.handled(), 1);
+}
+
+// The old contents are gone, and the new ones at hand.
+TEST_F(FileOfACommand, IsWrittenToItsEndAlsoWhenTheProgramHasToStop) {
+    ASSERT_EQ(file.openForWriting(), 0);
+    const auto stopped = [this] {
+        requestStop();
+        std::_Exit(file.write(std::string(3'000'000, 'x')) ? 0 : 1);
+    };
+    EXPECT_EXIT(stopped(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(fs::file_size(path), 3'000'000U);
 }
 
 TEST_F(FileOfACommand, IsClosedOnce) {

@@ -144,5 +144,16 @@ TEST(CommandTable, HasTheCommandsInTheirOrder) {
     }
 }
 
+// What others can observe, or what may last, does not begin before its request is in the log.
+TEST(CommandTable, TellsWhatIsLoggedBeforeItBegins) {
+    std::string heavy;
+    for (const Command& command : commandTable) {
+        heavy += command.work == Work::Heavy ? std::string(command.name) + " " : "";
+    }
+    EXPECT_EQ(heavy,
+              "write makeDir regQueryValue delete execute copy rename getWndRect getScreenRect "
+              "setWndPos ");
+}
+
 }  // namespace
 }  // namespace corvane

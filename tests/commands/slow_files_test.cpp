@@ -6,6 +6,7 @@
 #include <termios.h>
 
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <future>
 #include <sstream>
@@ -14,6 +15,7 @@
 #include "support/command_fixture.h"
 #include "support/held_signals.h"
 #include "support/lease.h"
+#include "support/thrown.h"
 #include "support/tree.h"
 #include "support/wait_until.h"
 
@@ -124,6 +126,19 @@ TEST_F(SlowFile, LetsSignalsInWhileItIsRead) {
         replyOf([&] { server.cmdReadText(serverSocket(), "readText", parameters); });
     EXPECT_EQ(reply, success("readText", textDetail("")));
     EXPECT_EQ(signals.handled(), 1);
+}
+
+TEST_F(SlowFile, IsReadNoFurtherWhenTheProgramHasToStop) {
+    const std::string name = scratch.file("file", std::string(1'000'000, 'x'));
+    const auto stopped = [&] {
+        requestStop();
+        ask("readText", name);
+        const std::string reason = test::withCode("read error on file '" + name + "'", 1);
+        std::_Exit(log.contains(test::commandLine("ERROR", "readText", ": ERROR: '" + reason + "'"))
+                       ? 0
+                       : 1);
+    };
+    EXPECT_EXIT(stopped(), testing::ExitedWithCode(0), "");
 }
 
 // The server's own requests lie in memory.

@@ -133,6 +133,47 @@ class ExchangeTest(unittest.TestCase):
                 self.serve(behaviour)
                 self.expect(self.run_client("write", "f", data=MUCH), 0, "here\n", "")
 
+    def test_sends_all_of_a_request_that_is_read_piece_by_piece(self):
+        received = []
+
+        def take(connection):
+            while not (received and received[-1].endswith(b"\0")):
+                received.append(connection.recv(65536) or b"\0")
+            connection.sendall(REPLY)
+
+        self.serve(take)
+        self.expect(self.run_client("-t", "50", "write", "f", data=MUCH), 0, "here\n", "")
+        self.assertEqual(len(b"".join(received)), len(b"write\nf\n\0") + len(MUCH))
+
+    def test_says_that_half_a_reply_is_none(self):
+        def answer_half(connection):
+            read_request(connection)
+            connection.sendall(REPLY[:-1])
+
+        self.serve(answer_half)
+        self.expect(self.run_client("userDir"), 2, "",
+                    "corvanectl: the server has closed the connection without a reply\n")
+
+    def test_prints_replies_of_all_sizes_and_nothing_that_follows_them(self):
+        before, after = REPLY.split(b"here")
+        # The end of a reply is looked for in what comes at once, at most 65536 bytes.
+        for size in 65535, 65536, 65537, 131072, 131073, 3000000:
+            with self.subTest(size):
+                value = b"v" * (size - len(before) - len(after))
+                reply = before + value + after
+
+                def answer(connection, reply=reply):
+                    read_request(connection)
+                    connection.sendall(reply + REPLY)
+                    connection.recv(1)
+
+                self.serve(answer)
+                self.expect(self.run_client("userDir"), 0, value.decode() + "\n", "")
+
+    def test_prints_a_reply_of_success_as_it_came(self):
+        self.serve(lambda connection: (read_request(connection), connection.sendall(REPLY)))
+        self.expect(self.run_client("-x", "userDir"), 0, REPLY[:-1].decode() + "\n", "")
+
     def test_says_that_nobody_listens(self):
         result = self.run_client("userDir")
         self.assertEqual((result.returncode, result.stdout), (2, ""))

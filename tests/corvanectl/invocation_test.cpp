@@ -55,10 +55,23 @@ TEST(ParseInvocation, NeedsACommand) {
 }
 
 TEST(ParseInvocation, RefusesValuesThatAreNoNumbersInRange) {
-    for (const char* option :
-         {"--port=0", "--port=65536", "--port=12x", "--port=", "--timeout=-1", "--timeout=x"}) {
+    for (const char* option : {"--port=0", "--port=65536", "--port=12x", "--port=", "--timeout=-1",
+                               "--timeout=x", "--timeout=1000001"}) {
         EXPECT_THROW(parse({option, "userDir"}), Exception) << option;
     }
+}
+
+TEST(ParseInvocation, TakesTheFirstAndTheLastNumberOfARange) {
+    EXPECT_EQ(parse({"--port=1", "userDir"}).endpoint.port, 1);
+    EXPECT_EQ(parse({"--port=65535", "userDir"}).endpoint.port, 65535);
+    EXPECT_EQ(parse({"--timeout=0", "userDir"}).endpoint.timeout, 0);
+    EXPECT_EQ(parse({"-t", "1000000", "userDir"}).endpoint.timeout, 1'000'000);
+}
+
+TEST(ParseInvocation, TakesWhatFollowsAnOptionWithItsValueForTheCommand) {
+    const Invocation invocation = parse({"--port=5000", "userDir", "desktop"});
+    EXPECT_EQ(invocation.command, "userDir");
+    EXPECT_EQ(invocation.parameters, std::vector<std::string>{"desktop"});
 }
 
 TEST(ParseInvocation, RefusesUnknownOptionsAndMissingValues) {

@@ -1,10 +1,11 @@
-// Surroundings that are not as they should be: a directory that may only be read, a log that cannot
-// grow, a wall clock that jumps.
+// Surroundings that are not as they should be: a directory that may only be read, a start from
+// elsewhere, a log that cannot grow, a wall clock that jumps.
 #include <linux/capability.h>
 #include <stdlib.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -54,6 +55,25 @@ TEST_F(ReadOnlyDirectoryTest, CanBeReadAndCopiedFrom) {
     EXPECT_NE(server().request("readText\nclosed/file").find(">kept<"), std::string::npos);
     EXPECT_EQ(server().request("copy\nclosed\nhome"), success("copy"));
     EXPECT_EQ(treeAt(server().home()), (Tree{{"file", "file:kept"}}));
+}
+
+class ElsewhereTest : public ServerTest {};
+
+TEST_F(ElsewhereTest, FindsItsFilesBesideTheProgram) {
+    startWith({.files = {{"registry.txt", "HKEY_USERS/X:n=v\n"}},
+               .prepare = [] { static_cast<void>(::chdir("/")); }});
+    EXPECT_TRUE(server().hasLogged("INFO corvane Current dir is '/'"));
+    EXPECT_EQ(server().request("regQueryValue\nHKEY_USERS\nX\nn"),
+              success("regQueryValue", valueDetail("v"), "HKEY_USERS/X:n"));
+}
+
+TEST_F(ElsewhereTest, FindsItsFilesByARelativeNameOfTheProgramAfterItHasLeft) {
+    startWith({.configuration = "CURRDIR=/\n",
+               .files = {{"registry.txt", "HKEY_USERS/X:n=v\n"}},
+               .prepare = [] { ::execl("./corvane", "./corvane", nullptr); }});
+    EXPECT_EQ(server().request("currentDir"), currentDirReply("/"));
+    EXPECT_EQ(server().request("regQueryValue\nHKEY_USERS\nX\nn"),
+              success("regQueryValue", valueDetail("v"), "HKEY_USERS/X:n"));
 }
 
 class FullLogTest : public ServerTest {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <string_view>
 
 #include "fileutil/file_info.h"
 #include "fileutil/file_operations.h"
@@ -185,24 +186,42 @@ TEST_F(CopyDirectory, FailsWithoutDescriptorsAndSucceedsLater) {
     EXPECT_EQ(treeAt(scratch / "dst"), treeAt(scratch / "src"));
 }
 
-// Which entry comes after which is for the file system to say.
+// The last name that begins with `prefix` and comes after one that begins with "sub". Which entry
+// comes after which is for the file system to say.
+std::string nameBehindASubdirectory(const std::string& directory, std::string_view prefix) {
+    std::string behind;
+    bool wasDirectory = false;
+    for (const FileInfo& entry : scanDirectory(directory)) {
+        wasDirectory = wasDirectory || entry.name.starts_with("sub");
+        behind = wasDirectory && entry.name.starts_with(prefix) ? entry.name : behind;
+    }
+    return behind;
+}
+
 TEST_F(CopyDirectory, NamesTheFileThatCannotBeReadBehindASubdirectory) {
     for (const char digit : std::string("0123456789")) {
         scratch.file(std::string("targets/") + digit);
         scratch.directory(std::string("src/sub") + digit);
         fs::create_symlink(std::string("../targets/") + digit, scratch / "src/link" + digit);
     }
-    std::string behind;
-    bool wasDirectory = false;
-    for (const FileInfo& entry : scanDirectory(scratch / "src")) {
-        wasDirectory = wasDirectory || entry.name.starts_with("sub");
-        behind = wasDirectory && entry.name.starts_with("link") ? entry.name : behind;
-    }
+    const std::string behind = nameBehindASubdirectory(scratch / "src", "link");
     ASSERT_NE(behind, "");
     removeFile(scratch / "targets" + "/" + behind.back());
     scratch.directory("dst");
     EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
               withCode("open src file '" + (scratch / "src/") + behind + "' error", ENOENT));
+}
+
+TEST_F(CopyDirectory, NamesTheFileThatCannotBeWrittenBehindASubdirectory) {
+    for (const char digit : std::string("0123456789")) {
+        scratch.file(std::string("src/file") + digit);
+        scratch.directory(std::string("src/sub") + digit);
+    }
+    const std::string behind = nameBehindASubdirectory(scratch / "src", "file");
+    ASSERT_NE(behind, "");
+    const std::string blocked = scratch.directory("dst/" + behind + "/" + behind);
+    EXPECT_EQ(copying(scratch / "src", scratch / "dst"),
+              withCode("open dst file '" + blocked + "' error", EISDIR));
 }
 
 }  // namespace

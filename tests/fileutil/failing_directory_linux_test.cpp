@@ -174,11 +174,31 @@ TEST_F(ClosedDirectory, TakesWhatIsMovedThere) {
     EXPECT_EQ(test::treeAt(scratch / "dst"), (test::Tree{{"new", "file:data"}}));
 }
 
+TEST_F(ClosedDirectory, LosesNothingThatCannotBeBroughtToTheDiskThere) {
+    closedWith = ENFILE;
+    const std::string src = scratch.file("src", "data");
+    EXPECT_EQ(test::thrownBy<IOException>([&] { renameFile(src, scratch / "dst/new"); }),
+              test::withCode("write dst file '" + (scratch / "dst/new") + "' error", ENFILE));
+    EXPECT_EQ(test::readFile(src), "data");
+    EXPECT_TRUE(std::filesystem::is_empty(scratch / "dst"));
+}
+
 TEST_F(ClosedDirectory, IsNotCopiedIntoFromAbove) {
     EXPECT_EQ(test::thrownBy([&] { copyDirectory(scratch.path(), scratch / "dst", nullptr); }),
               "cannot copy directory '" + scratch.path() + "' into itself as '" +
                   (scratch / "dst/") + "' (22)");
     EXPECT_TRUE(std::filesystem::is_empty(scratch / "dst"));
+}
+
+TEST_F(ClosedDirectory, IsNotCopiedIntoWhereALinkLeadsBackBelowTheSource) {
+    closedDirectory.clear();
+    closedName = "closed";
+    scratch.file("src/closed/b/c", "1");
+    std::filesystem::create_directory_symlink("../src/closed/b", scratch / "dst/closed");
+    EXPECT_EQ(test::thrownBy([&] { copyDirectory(scratch / "src", scratch / "dst", nullptr); }),
+              "cannot copy directory '" + (scratch / "src/closed/") + "' into itself as '" +
+                  (scratch / "dst/closed/") + "' (22)");
+    EXPECT_EQ(test::treeAt(scratch / "src/closed/b"), (test::Tree{{"c", "file:1"}}));
 }
 
 TEST(EntriesOfUnknownKind, AreDirectoriesButNotTheLinksToSome) {

@@ -109,6 +109,16 @@ TEST_F(RenameSafety, KeepsTheSourceWhenTheTargetCannotBeBroughtToTheDisk) {
     EXPECT_EQ(treeAt(scratch.path()), (Tree{{"src", "file:data"}}));
 }
 
+TEST_F(RenameSafety, KeepsADirectoryWhoseNewNameCannotBeBroughtToTheDisk) {
+    const std::string src = scratch.directory("src");
+    syncs.error = EIO;
+    EXPECT_EQ(renaming(src, scratch / "dst"),
+              withCode("makeDirectory '" + (scratch / "dst") + "' error", EIO));
+    EXPECT_TRUE(fs::exists(src));
+    EXPECT_EQ(renaming(src, scratch / "dst"),
+              withCode("makeDirectory '" + (scratch / "dst/src") + "' error", EIO));
+}
+
 TEST_F(RenameSafety, DoesNotNeedAFileSystemThatKnowsOfTheDisk) {
     for (const int error : {EINVAL, EROFS, ENOTSUP, ENOSYS}) {
         syncs.error = error;
@@ -128,6 +138,17 @@ TEST_F(RenameSafety, DoesNotRemoveWhatHasTakenThePlaceOfTheSource) {
     ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_EQ(renaming(src, scratch / "dst"), withCode("remove file '" + src + "' error", EBUSY));
     EXPECT_EQ(treeAt(scratch.path()), (Tree{{"src", "file:new"}, {"dst", "file:old"}}));
+}
+
+TEST_F(RenameSafety, IsContentWhenSomebodyElseHasRemovedTheSource) {
+    static std::string src;
+    src = scratch.file("src", "data");
+    const HeldSignals held;
+    const test::SignalAction removing(SIGCHLD,
+                                      [](int) { static_cast<void>(::unlink(src.c_str())); });
+    ASSERT_EQ(::raise(SIGCHLD), 0);
+    EXPECT_EQ(renaming(src, scratch / "dst"), "nothing was thrown");
+    EXPECT_EQ(treeAt(scratch.path()), (Tree{{"dst", "file:data"}}));
 }
 
 /// A file system of two layers, of which the lower one never changes.

@@ -109,6 +109,11 @@ TEST_F(ScanDirectory, DropsLineEndsAndTheControlCharacterThreeAtBothEndsOfAName)
     EXPECT_EQ(scan(), (Found{{".", "1 d"}, {"..", "1 d"}, {"a\rb", "1 d"}, {".app", "1 dsh"}}));
 }
 
+TEST_F(ScanDirectory, KeepsBlanksAtBothEndsOfAName) {
+    scratch.directory(" a\t");
+    EXPECT_EQ(scan(), (Found{{".", "1 d"}, {"..", "1 d"}, {" a\t", "1 d"}}));
+}
+
 TEST_F(ScanDirectory, TestsTheTrimmedNameForWriting) {
     scratch.file("x\n");
     EXPECT_EQ(scan().at("x"), "0 r");  // there is no file of that name

@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
 #include <ostream>
 #include <random>
 
@@ -219,6 +220,14 @@ TEST_F(SizeOfMovie, LetsSignalsInWhileABodyIsInflated) {
     EXPECT_EQ(sizeOf(compressedMovie(packed({15, {0, 11000, 0, 8000}}) + std::string(1000, 'x'))),
               (MovieSize{550, 400}));
     EXPECT_EQ(signals.handled(), 1);
+}
+
+TEST_F(SizeOfMovie, IsUnknownWhenTheProgramHasToStopBeforeABodyIsInflated) {
+    const auto stopped = [this] {
+        requestStop();
+        std::exit(sizeOf(compressedMovie(packed({15, {0, 11000, 0, 8000}}))) == unknown ? 0 : 1);
+    };
+    EXPECT_EXIT(stopped(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

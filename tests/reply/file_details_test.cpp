@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "support/held_signals.h"
+#include "support/thrown.h"
 
 namespace corvane {
 namespace {
@@ -86,6 +89,16 @@ TEST(FilesToDetails, LetsSignalsInWhileThereAreMany) {
     ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_EQ(files2details(std::vector<FileInfo>(5000, FileInfo("f", 0))).size(), 5000U);
     EXPECT_EQ(signals.handled(), 1);
+}
+
+TEST(FilesToDetails, EndsWhenTheProgramHasToStop) {
+    const auto stopped = [] {
+        requestStop();
+        const std::string thrown = test::thrownBy<IOException>(
+            [] { files2details(std::vector<FileInfo>(5000, FileInfo("f", 0))); });
+        std::exit(thrown == test::withCode("listing was stopped", EINTR) ? 0 : 1);
+    };
+    EXPECT_EXIT(stopped(), testing::ExitedWithCode(0), "");
 }
 
 TEST(CompareDetails, LooksAtTheKindAndThenAtTheName) {
