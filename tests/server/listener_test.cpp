@@ -1,16 +1,24 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/resource.h>
+#include <sys/select.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <string>
+#include <vector>
 
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
+#include "support/resource_limit.h"
+#include "support/thrown.h"
 
 namespace corvane {
 namespace {
 
+using namespace std::string_literals;
 using Lines = std::vector<std::string>;
 
 const std::string initLog = "corvane.server.init ";
@@ -165,6 +173,46 @@ TEST(SelectSet, GivesTheFirstReadySocketInTheOrderOfTheList) {
     FD_SET(9, &set);
     EXPECT_EQ(Server::isSocketsEvent(set, {7, 9, 5}), 9);
     EXPECT_EQ(Server::isSocketsEvent(set, {}), -1);
+}
+
+TEST_F(ListenerTest, HoldsManyConnectionsUntilTheyAreAccepted) {
+    constexpr std::size_t many = 100;
+    std::vector<test::ClientSocket> waiting;
+    while (waiting.size() < many) {
+        waiting.emplace_back(port);
+    }
+    while (server.clients.size() < many) {
+        server.processListener(server.listeners.front().sock);
+    }
+    for (test::ClientSocket& client : waiting) {
+        client.send("hello\0"s);
+    }
+    for (const int sock : server.clients.descriptors()) {
+        EXPECT_TRUE(server.processClient(sock));
+    }
+    EXPECT_EQ(waiting.back().reply(), "hello!");
+}
+
+TEST_F(ListenerTest, FailsWithoutADescriptor) {
+    const test::DescriptorLimit none(test::nextDescriptor());
+    EXPECT_EQ(test::thrownBy<SocketException>([this] { server.initListener("127.0.0.1", 0); }),
+              test::withCode("Create socket error", EMFILE));
+}
+
+TEST_F(ListenerTest, FailsWithADescriptorThatCannotBeWaitedFor) {
+    rlimit limits{};
+    ::getrlimit(RLIMIT_NOFILE, &limits);
+    if (limits.rlim_max < FD_SETSIZE + 64) {
+        GTEST_SKIP() << "the number of descriptors cannot be raised far enough";
+    }
+    const test::ResourceLimit many(RLIMIT_NOFILE, FD_SETSIZE + 64);
+    std::vector<FileDesc> all;
+    while (test::nextDescriptor() < FD_SETSIZE) {
+        all.emplace_back(::dup(STDERR_FILENO));
+    }
+    EXPECT_EQ(test::thrownBy<SocketException>([this] { server.initListener("127.0.0.1", 0); }),
+              test::withCode("Create socket error", EMFILE));
+    EXPECT_EQ(test::nextDescriptor(), FD_SETSIZE) << "none is kept";
 }
 
 }  // namespace

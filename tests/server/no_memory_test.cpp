@@ -1,4 +1,4 @@
-// Closing everything while memory is short: a termination signal must end the server then, too.
+// While memory is short: no connection ends the server, and a termination signal does.
 // Small blocks are to be had even so, as in a process that has reached its limit.
 #include <cstdlib>
 #include <limits>
@@ -33,6 +33,26 @@ TEST_F(NoMemory, IsNeededToCloseManyClients) {
     largestBlock = anySize;
     EXPECT_TRUE(server.clients.empty());
     EXPECT_TRUE(server.listeners.empty());
+}
+
+TEST_F(NoMemory, CostsANewClientItsConnectionAndNothingElse) {
+    LogLevel::set(log4cpp::Priority::ERROR);  // the logging library needs memory itself
+    const test::ClientSocket before = connect();  // what is needed once is there from then on
+    test::ClientSocket refused(port);
+    const int listener = server.listeners.front().sock;
+    largestBlock = sizeof(Connection) - 1;
+    bool hasThrown = false;
+    try {
+        server.processListener(listener);
+    } catch (const std::bad_alloc&) {
+        hasThrown = true;
+    }
+    largestBlock = anySize;
+    EXPECT_FALSE(hasThrown);
+    EXPECT_EQ(server.clients.size(), 1U);
+    EXPECT_TRUE(refused.isEnded());
+    const test::ClientSocket next = connect();
+    EXPECT_EQ(server.clients.size(), 2U);
 }
 
 }  // namespace

@@ -1,11 +1,16 @@
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
 
+#include "platform/waiting.h"
 #include "server/server_fixture.h"
 #include "server/socket_exception.h"
+#include "support/held_signals.h"
+#include "support/signal_action.h"
+#include "support/thrown.h"
 #include "text/exception.h"
 
 namespace corvane {
@@ -58,6 +63,23 @@ TEST_F(ProcessTest, WarnsOfAnEventThatIsNobodys) {
     EXPECT_EQ(
         std::count(lines.begin(), lines.end(), "WARN " + processLog + "Event from unknown source!"),
         1);
+}
+
+TEST_F(ProcessTest, WarnsOfNoEventThatATerminationSignalHasMadeNobodys) {
+    static Server* running = nullptr;
+    running = &server;
+    test::ClientSocket client = connect();
+    client.send("x");
+    const test::SignalAction stop(SIGTERM, [](int) {
+        requestStop();
+        running->deinitServer();
+    });
+    const HeldSignals signals;
+    ASSERT_EQ(::raise(SIGTERM), 0);
+    const test::LogCapture log(log4cpp::Priority::WARN);
+    EXPECT_EQ(test::thrownBy([this] { server.process(); }), "There are no listening sockets...");
+    withdrawStop();
+    EXPECT_EQ(log.lines(), Lines{});
 }
 
 TEST_F(ProcessTest, ServesTheClientThatWasAcceptedFirstFirst) {

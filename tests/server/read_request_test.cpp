@@ -209,9 +209,11 @@ TEST_F(ReadRequestTest, TakesHttpForACommandWhenItIsAllowed) {
 }
 
 TEST_F(ReadRequestTest, RefusesATlsGreetingThoughItHoldsATerminator) {
-    test::ClientSocket client = connect();
-    client.send("\x16\x03\x01\x02\x03");
-    EXPECT_THROW(server.readRequest(accepted(), request), ForeignRequest);
+    for (const char* greeting : {"\x16\x03\x01\x02\x03", "\x80\x46\x01\x03\x01"}) {
+        test::ClientSocket client = connect();
+        client.send(greeting);
+        EXPECT_THROW(server.readRequest(accepted(), request), ForeignRequest);
+    }
 }
 
 }  // namespace

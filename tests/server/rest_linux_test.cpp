@@ -1,12 +1,18 @@
 // The loop when nothing is left to do: how long it waits, and what it keeps. Linux only: it takes
 // the place of epoll_wait(2), and looks at /proc.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
+#include "platform/event_queue.h"
 #include "platform/system.h"
 #include "server/server_fixture.h"
 #include "server/virtual_time_linux.h"
@@ -96,6 +102,65 @@ TEST_F(ServerAtRest, HasGivenTheMemoryOfClientsThatSentAheadBack) {
     server.process();
     EXPECT_EQ(server.commands.size(), 2U * many);
     EXPECT_LT(test::residentMemoryOf(::getpid()), before + little);
+}
+
+TEST_F(ServerAtRest, HasAcceptedAllThatWereWaiting) {
+    server.options.inactivity = 5;
+    const test::ClientSocket first(port);
+    const test::ClientSocket second(port);
+    test::ClientSocket third(port);
+    third.send("shutdown\0"s);
+    const test::VirtualTime time;
+    server.process();
+    EXPECT_TRUE(time.waits().empty());
+}
+
+/// How many event queues of the system this process has open.
+std::ptrdiff_t eventQueues() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return std::count_if(begin(descriptors), end(descriptors), [](const auto& entry) {
+        std::error_code closed;
+        return std::filesystem::read_symlink(entry, closed) == "anon_inode:[eventpoll]";
+    });
+}
+
+TEST_F(ServerAtRest, HasOneEventQueueForAllItsListeners) {
+    sigset_t none;
+    sigemptyset(&none);
+    platform::EventQueue queue;
+    queue.open(none);
+    if (!queue.watch(server.listeners.front().sock) && errno == ENOSYS) {
+        GTEST_SKIP() << "this build has none";
+    }
+    const std::ptrdiff_t before = eventQueues();
+    Server another;
+    another.initListener("127.0.0.1", 0);
+    another.initListener("127.0.0.1", 0);
+    EXPECT_EQ(eventQueues(), before + 1);
+}
+
+TEST_F(ServerAtRest, WatchesAClientThatGetsTheNumberOfAClosedListener) {
+    server.options.inactivity = 5;
+    test::ClientSocket client(port);
+    client.send("shutdown\0"s);
+    server.initListener("127.0.0.1", 0);
+    const int number = server.listeners[1].sock;
+    server.closeSocket(number, false);
+    const test::VirtualTime time;
+    server.process();
+    EXPECT_TRUE(time.waits().empty()) << number;
+}
+
+TEST_F(ServerAtRest, HasSeenAnEndThatCameTogetherWithARequest) {
+    server.options.inactivity = 5;
+    server.options.shutdownOnDisconnect = 1;
+    test::ClientSocket client = connect();
+    client.send("hello\0"s);
+    client.finishSending();
+    const test::VirtualTime time;
+    server.process();
+    EXPECT_TRUE(time.waits().empty());
+    EXPECT_EQ(client.untilEnd(), "hello!\0"s);
 }
 
 }  // namespace

@@ -89,5 +89,35 @@ TEST_F(DescriptorShortage, IsAlsoThatOfTheWholeSystemAndOneOfMemory) {
     }
 }
 
+TEST_F(DescriptorShortage, LetsEveryListenerRestAndComeBack) {
+    server.options.inactivity = 5;
+    server.initListener("127.0.0.1", 0);
+    const std::string where = server.listeners[1].address;
+    test::ClientSocket first(port);
+    test::ClientSocket second(std::stoi(where.substr(where.find(':') + 1)));
+    first.send("hello\0"s);
+    second.send("shutdown\0"s);
+    nextAcceptError = EMFILE;
+    const test::VirtualTime time;
+    server.process();
+    EXPECT_EQ(time.waits(), std::vector<milliseconds>{milliseconds(100)});
+    EXPECT_EQ(server.commands, Lines{"hello"});
+}
+
+TEST_F(DescriptorShortage, IsNoneWhereOneConnectionOnlyIsLost) {
+    server.options.inactivity = 5;
+    for (const int error : {EINTR, EAGAIN, ECONNABORTED}) {
+        test::ClientSocket waiting(port);
+        waiting.send("shutdown\0"s);
+        nextAcceptError = error;
+        const test::VirtualTime time;
+        server.process();
+        EXPECT_TRUE(time.waits().empty()) << error;
+    }
+    EXPECT_EQ(log.lines(), Lines{"WARN corvane.server.process.listener accept error " +
+                                 std::to_string(ECONNABORTED) + " on socket " +
+                                 server.listeners.front().address});
+}
+
 }  // namespace
 }  // namespace corvane
