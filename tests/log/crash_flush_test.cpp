@@ -8,6 +8,7 @@
 
 #include <csignal>
 
+#include "platform/system.h"
 #include "platform/waiting.h"
 #include "support/log_file_fixture.h"
 #include "support/sanitized.h"
@@ -127,6 +128,22 @@ TEST_F(CrashFlush, KeepsAStopThatWasAskedForBefore) {
         ::_exit(stopRequested() ? 0 : 1);
     });
     EXPECT_EQ(status, 0);
+}
+
+TEST_F(CrashFlush, WritesTheLinesForEveryOtherSignalOfTheSystemThatDoesSo) {
+    for (int sig = 1; sig < NSIG; ++sig) {
+        struct sigaction current {};
+        if (sig == SIGKILL || !platform::endsProcessByDefault(sig) ||
+            ::sigaction(sig, nullptr, &current) != 0) {  // the C library keeps some to itself
+            continue;
+        }
+        ::truncate(path.c_str(), 0);
+        statusAfter([sig](auto logLine) {
+            logLine();
+            ::raise(sig);
+        });
+        EXPECT_EQ(written(), "INFO    : last words\n") << sig;
+    }
 }
 
 }  // namespace

@@ -3,10 +3,14 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <cerrno>
 #include <log4cpp/Category.hh>
+#include <log4cpp/SimpleLayout.hh>
+#include <memory>
 #include <string>
 
 #include "log/log.h"
+#include "log/log_file.h"
 #include "platform/process.h"
 #include "platform/waiting.h"
 #include "support/log_file_fixture.h"
@@ -76,6 +80,37 @@ TEST_F(LogBatchTest, IsWrittenWhenTheLogIsClosed) {
     log.info("one");
     close();
     EXPECT_EQ(written(), "INFO    : one\n");
+}
+
+TEST_F(LogBatchTest, IsWrittenWhenItIsFull) {
+    const std::string half(40'000, 'a');
+    const LogBatch batch;
+    log.info(half);
+    EXPECT_EQ(written(), "");
+    log.info(half);
+    EXPECT_TRUE(written() == "INFO    : " + half + "\n");
+}
+
+TEST_F(LogBatchTest, IsWrittenToEveryLog) {
+    const std::string otherPath = scratch / "other.log";
+    auto other = std::make_unique<LogFile>(
+        "other", ::open(otherPath.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
+    other->setLayout(new log4cpp::SimpleLayout());
+    log4cpp::Category::getRoot().addAppender(other.release());
+    const LogBatch batch;
+    log.info("one");
+    flushLog();
+    EXPECT_EQ(written(), "INFO    : one\n");
+    EXPECT_EQ(test::readFile(otherPath), "INFO    : one\n");
+}
+
+TEST_F(LogBatchTest, KeepsTheErrorOfItsWritingToItself) {
+    open(::open("/dev/null", O_RDONLY | O_CLOEXEC));  // writing to it fails
+    const LogBatch batch;
+    log.info("lost");
+    errno = ENOTTY;
+    flushLog();
+    EXPECT_EQ(errno, ENOTTY);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <ctime>
 #include <string>
 
 #include "log/crash_flush.h"
@@ -48,7 +49,8 @@ class UnreadLog : public test::LogFileTest {
         ::waitpid(pid, &status, 0);
         return status == 0;
     }
-    std::string lateLine();
+    static constexpr int soon = 2;
+    std::string lateLine(int alarmsUntilThereIsRoom = soon);
     static bool isPending(int sig) {
         sigset_t pending;
         ::sigpending(&pending);
@@ -106,17 +108,19 @@ TEST_F(UnreadLog, DropsLinesOnceAStopIsAskedFor) {
 
 int readEnd = -1;
 int alarms = 0;
+int lastAlarm = 0;
 
 // What arrives of a line for which a handler makes room, but not at once.
-std::string UnreadLog::lateLine() {
+std::string UnreadLog::lateLine(int alarmsUntilThereIsRoom) {
     readEnd = reader;
     alarms = 0;
+    lastAlarm = alarmsUntilThereIsRoom;
     struct sigaction action {};
     struct sigaction previous {};
-    // The first one only interrupts; the second one makes room.
+    // The last one makes room; those before only interrupt.
     action.sa_handler = [](int) {
         std::array<char, 65536> block{};
-        if (++alarms == 2) {
+        if (++alarms == lastAlarm) {
             static_cast<void>(::read(readEnd, block.data(), block.size()));
         }
     };
@@ -127,7 +131,7 @@ std::string UnreadLog::lateLine() {
     log.info("line");
     ::setitimer(ITIMER_REAL, &never, nullptr);
     ::sigaction(SIGALRM, &previous, nullptr);
-    EXPECT_GE(alarms, 2);
+    EXPECT_GE(alarms, lastAlarm);
     std::array<char, 100> rest{};
     ::fcntl(reader, F_SETFL, O_NONBLOCK);  // instead of waiting for a line that is lost
     const ssize_t count = ::read(reader, rest.data(), rest.size());
@@ -163,6 +167,15 @@ TEST_F(UnreadLog, DoesNotHoldASignalUpThatEndsTheProcess) {
         ::waitpid(pid, &status, 0);
     }
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGHUP) << status;
+}
+
+TEST_F(UnreadLog, CostsNothingWhileItWaitsWhereItsFileDoesNot) {
+    constexpr std::clock_t little = CLOCKS_PER_SEC / 20;
+    fill();
+    ::fcntl(writer, F_SETFL, O_NONBLOCK);
+    const std::clock_t before = std::clock();
+    EXPECT_EQ(lateLine(50), "INFO    : line\n");  // half a second
+    EXPECT_LT(std::clock() - before, little);
 }
 
 }  // namespace
