@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 
@@ -133,6 +134,25 @@ TEST(ChildTest, LeavesNoDescriptorAndTheSignalsAsTheyWere) {
     ::sigprocmask(SIG_SETMASK, nullptr, &mask);
     EXPECT_EQ(sigismember(&mask, SIGCHLD), 0);
     ::sigprocmask(SIG_SETMASK, &previous, nullptr);
+}
+
+TEST(ChildTest, IsKilledWithoutAGroupOfItsOwnAsWell) {
+    const auto begin = std::chrono::steady_clock::now();
+    {
+        const Child child(Child::Capture::Nothing, Child::Group::Shared, [] { ::sleep(10); });
+    }
+    EXPECT_FALSE(hasChildren());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(9));
+}
+
+// As where the system collects the children of a program that ignores their signal.
+TEST(ChildTest, TellsThatItsStatusWasLost) {
+    Child child(Child::Capture::Nothing, Child::Group::Shared, [] { ::_exit(3); });
+    ASSERT_EQ(::waitpid(child.pid(), nullptr, 0), child.pid());
+    EXPECT_TRUE(child.waitFor({}));
+    EXPECT_EQ(child.waitError(), ECHILD);
+    EXPECT_EQ(child.status(), -100);
+    EXPECT_EQ(child.exitCode(), 0);
 }
 
 }  // namespace

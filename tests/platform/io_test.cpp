@@ -167,5 +167,31 @@ TEST_F(IoTest, LeavesADeviceBlockingOnceItTakesMore) {
     EXPECT_FALSE(letCloseDrain(-1));
 }
 
+int readEnd = -1;  // where a signal handler makes room
+int alarms = 0;
+
+TEST_F(IoTest, WritesOnAfterASignal) {
+    fillPipe();
+    ::fcntl(sink, F_SETFL, 0);
+    readEnd = source;
+    alarms = 0;
+    struct sigaction action {};
+    struct sigaction previous {};
+    action.sa_handler = [](int) {
+        std::array<char, 65536> block{};
+        if (++alarms == 2) {  // the first one only interrupts
+            static_cast<void>(::read(readEnd, block.data(), block.size()));
+        }
+    };
+    ASSERT_EQ(::sigaction(SIGALRM, &action, &previous), 0);
+    const itimerval often{{0, 10'000}, {0, 10'000}};
+    const itimerval never{};
+    ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
+    EXPECT_TRUE(writeAll(sink, "x"));
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    ::sigaction(SIGALRM, &previous, nullptr);
+    EXPECT_GE(alarms, 2);
+}
+
 }  // namespace
 }  // namespace corvane

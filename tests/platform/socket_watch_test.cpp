@@ -107,6 +107,21 @@ TEST_P(SocketWatchTest, ListsAReArmedSocketWhenSomethingIsLeft) {
     }
 }
 
+TEST_P(SocketWatchTest, ListsAReArmedSocketThatTheQueueHasLost) {
+    const int sock = connect();
+    client().send("x");
+    ASSERT_TRUE(willBeReadable(sock));
+    EXPECT_EQ(found(), Sockets{sock});
+    clients.emplace_back(port);
+    client().send("y");
+    const int other = accept();
+    ASSERT_TRUE(willBeReadable(other));
+    ASSERT_EQ(::dup2(other, sock), sock);  // what the queue knew by this number is closed
+    readable.clear();
+    sockets.rearm(sock);
+    EXPECT_EQ(found(), Sockets{sock});
+}
+
 TEST_P(SocketWatchTest, ListsASocketOnlyWhileItIsWatched) {
     const int sock = connect();
     client().send("x");
@@ -166,6 +181,15 @@ TEST_P(SocketWatchTest, LosesNoSocketWhenASignalEndsTheWait) {
     EXPECT_TRUE(test::waitUntil([&] { return wait(std::nullopt) == -1; }));
     EXPECT_EQ(signals.handled(), 1);
     EXPECT_EQ(found(), all);
+}
+
+TEST_P(SocketWatchTest, DoesWhatComesBeforeEveryWait) {
+    static int done = 0;
+    beforeEveryWait([]() noexcept { ++done; });
+    found();
+    beforeEveryWait([]() noexcept {});
+    EXPECT_GT(done, 0);
+    done = 0;
 }
 
 TEST_P(SocketWatchTest, FailsForADescriptorThatIsNotOpen) {

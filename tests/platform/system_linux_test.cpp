@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -198,6 +197,16 @@ TEST(FatalSignals, AreThoseThatEndAProcessWhichDoesNothingAboutThem) {
     for (const int sig : {SIGTERM, SIGINT, SIGHUP, SIGSEGV, SIGPIPE, SIGIO, SIGPWR, SIGKILL}) {
         EXPECT_TRUE(platform::endsProcessByDefault(sig)) << sig;
     }
+}
+
+TEST(SyncToDisk, TellsOfAnErrorButNotOfAFileThatHasNothingToBeSynced) {
+    EXPECT_EQ(platform::syncToDisk(-1), -1);
+    EXPECT_EQ(errno, EBADF);
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    EXPECT_EQ(platform::syncToDisk(ends[1]), 0);
+    ::close(ends[0]);
+    ::close(ends[1]);
 }
 
 }  // namespace

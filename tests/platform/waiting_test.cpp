@@ -35,6 +35,18 @@ class WaitingTest : public testing::Test {
         return waitForSockets(pair[0] + 1, &readable, nullptr, deadlineAfter(1));
     }
 
+    /// The first of the pair once more, with a number that does not fit into an fd_set; -1 where
+    /// there is none.
+    FileDesc highDescriptor() const {
+        rlimit limits{};
+        ::getrlimit(RLIMIT_NOFILE, &limits);
+        if (limits.rlim_max < FD_SETSIZE + 64) {
+            return FileDesc();
+        }
+        const test::ResourceLimit many(RLIMIT_NOFILE, FD_SETSIZE + 64);
+        return FileDesc(::fcntl(pair[0], F_DUPFD_CLOEXEC, FD_SETSIZE));
+    }
+
     std::array<int, 2> pair{};
     HeldSignals signals;
 };
@@ -59,16 +71,24 @@ TEST_F(WaitingTest, LetsSignalsInEvenWhenASocketIsReadyAtOnce) {
 }
 
 TEST_F(WaitingTest, LetsSignalsInWhereADescriptorIsTooLargeForSelect) {
-    rlimit limits{};
-    ::getrlimit(RLIMIT_NOFILE, &limits);
-    if (limits.rlim_max < FD_SETSIZE + 64) {
+    const FileDesc high = highDescriptor();
+    if (high == -1) {
         GTEST_SKIP() << "the number of descriptors cannot be raised far enough";
     }
-    const test::ResourceLimit many(RLIMIT_NOFILE, FD_SETSIZE + 64);
-    const FileDesc high(::fcntl(pair[0], F_DUPFD_CLOEXEC, FD_SETSIZE));
     ASSERT_EQ(::raise(SIGCHLD), 0);
     EXPECT_TRUE(waitForSocket(high, Direction::Read, deadlineAfter(1)));
     EXPECT_EQ(signals.handled(), 1);
+}
+
+TEST_F(WaitingTest, TellsReadingAndWritingApartWhereADescriptorIsTooLargeForSelect) {
+    const FileDesc high = highDescriptor();
+    if (high == -1) {
+        GTEST_SKIP() << "the number of descriptors cannot be raised far enough";
+    }
+    EXPECT_FALSE(waitForSocket(high, Direction::Read, deadlineAfter(-1)));
+    EXPECT_TRUE(waitForSocket(high, Direction::Write, deadlineAfter(1)));
+    ASSERT_EQ(::write(pair[1], "x", 1), 1);
+    EXPECT_TRUE(waitForSocket(high, Direction::Read, deadlineAfter(1)));
 }
 
 TEST_F(WaitingTest, DeliversSignalsInBetween) {
@@ -102,6 +122,16 @@ TEST_F(WaitingTest, TellsReadingAndWritingApart) {
 TEST(DeadlineAfter, ZeroSecondsIsNone) {
     EXPECT_FALSE(deadlineAfter(0).has_value());
     EXPECT_TRUE(deadlineAfter(1).has_value());
+}
+
+TEST(Earlier, IsTheDeadlineThatPassesFirstWhicheverIsSet) {
+    const Deadline soon = deadlineAfter(1);
+    const Deadline late = deadlineAfter(2);
+    EXPECT_EQ(earlier(soon, late), soon);
+    EXPECT_EQ(earlier(late, soon), soon);
+    EXPECT_EQ(earlier(soon, {}), soon);
+    EXPECT_EQ(earlier({}, soon), soon);
+    EXPECT_FALSE(earlier({}, {}).has_value());
 }
 
 }  // namespace
