@@ -99,6 +99,9 @@ TEST_F(Opener, SaysWhatToInstallWhereThereIsNoProgram) {
               test::withCode("LSOpenCFURLRef error for file 'http://x/': no program to open it "
                              "with; install xdg-open (package xdg-utils) or gio",
                              ENOENT));
+    const test::EnvironmentVariable none("PATH", std::nullopt);
+    EXPECT_NE(thrownBy<IOException>([] { openAddress("http://x/"); }).find("no program"),
+              std::string::npos);
 }
 
 TEST_F(Opener, WarnsAboutADocumentWhereThereIsNoProgram) {
@@ -189,8 +192,9 @@ TEST_F(Opener, IsPatientForASecond) {
 
 TEST_F(Opener, RejectsWhatIsNoAddress) {
     install("xdg-open");
-    for (const std::string target : {"://x", "1a://x", "a b://x", "http://x y", "http://<x>",
-                                     "http://x\n", "C\\:/x", "http://x|", "/a:/b", ":/"}) {
+    for (const std::string target :
+         {"://x", "1a://x", "a b://x", "http://x y", "http://<x>", "http://x\n", "http://x\x7F",
+          "C\\:/x", "http://x|", "/a:/b", ":/"}) {
         EXPECT_EQ(thrownBy([&] { openAddress(target); }),
                   "Cannot create CFURLRef for '" + target + "'");
     }
