@@ -1,10 +1,8 @@
 // Clients that do not behave, and surroundings that change under the server.
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <string>
-#include <thread>
 
 #include "soak/promises.h"
 #include "soak/scenarios.h"
@@ -36,7 +34,7 @@ void byteByByte(const ServerProcess& server) {
     ClientSocket client = server.connect();
     for (const char c : std::string("readText\nsmall\0", 15)) {
         client.send({&c, 1});
-        std::this_thread::sleep_for(std::chrono::microseconds(500));
+        awaitReceived(server, client);
     }
     expect(client.reply().find(">small text<") != std::string::npos, "a slow request is answered");
 }
