@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "cvnwinfo/move_limits.h"
+
 namespace corvane::wintool {
 
 namespace {
@@ -12,9 +14,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds followLimit(500);
-// Once the window has begun to follow, further steps of the same move come at once.
-constexpr milliseconds quietLimit(100);
 constexpr milliseconds lookInterval(10);
 
 void requirePlaceable(const Element& element, bool moves, bool resizes) {

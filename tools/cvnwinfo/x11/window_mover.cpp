@@ -10,6 +10,7 @@
 #include <string>
 
 #include "cvnwinfo/errors.h"
+#include "cvnwinfo/move_limits.h"
 #include "cvnwinfo/x11/placement.h"
 
 namespace corvane::wintool {
@@ -18,10 +19,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
-
-constexpr milliseconds followLimit(500);
-// Once the window has begun to follow, further steps of the same move come at once.
-constexpr milliseconds quietLimit(100);
 
 WindowGeometry geometryOf(const Display& display, xcb_window_t window) {
     const auto geometry = display.geometry(window);
