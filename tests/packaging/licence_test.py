@@ -1,7 +1,9 @@
-"""Checks that the licence is the same everywhere: the file, the Debian package and the manual pages.
+"""Checks that the licence is the same everywhere: the file, the Debian package, the one for npm and the
+manual pages.
 
 Usage: licence_test.py SOURCE_DIRECTORY
 """
+import json
 import re
 import sys
 import unittest
@@ -21,6 +23,11 @@ class LicenceTest(unittest.TestCase):
         terms = text.split("\nLicense: Expat\n")[-1].rstrip("\n")
         self.assertEqual(re.sub("^ [.]?", "", terms, flags=re.M), TERMS)
         self.assertIn("Copyright: " + HOLDER.removeprefix("Copyright (c) "), text)
+
+    def test_lies_in_the_package_for_npm(self):
+        client = ROOT / "clients" / "js"
+        self.assertEqual((client / "LICENSE").read_text(), (ROOT / "LICENSE").read_text())
+        self.assertEqual(json.loads((client / "package.json").read_text())["license"], "MIT")
 
     def test_is_named_in_every_manual_page(self):
         for page in sorted((ROOT / "docs" / "man").iterdir()):

@@ -34,7 +34,7 @@ function install() {
 test("the package holds the client and nothing else, and can be used", {skip: missing}, async () => {
   const modules = ["bridge", "client", "connection", "entry", "failure", "index", "messages", "reply_reader", "tcp"];
   assert.deepEqual(install(), [
-    "package/README.md", ...[...modules.map((name) => `${name}.js`), "index.d.ts", "tcp.d.ts"].map((name) => `package/corvane/${name}`),
+    "package/LICENSE", "package/README.md", ...[...modules.map((name) => `${name}.js`), "index.d.ts", "tcp.d.ts"].map((name) => `package/corvane/${name}`),
     "package/package.json",
   ].sort());
   const {dependencies, scripts, exports} = JSON.parse(readFileSync(join(CLIENT, "package.json"), "utf8"));
