@@ -36,7 +36,7 @@ TEST_F(NoMemory, IsNeededToCloseManyClients) {
 }
 
 TEST_F(NoMemory, CostsANewClientItsConnectionAndNothingElse) {
-    LogLevel::set(log4cpp::Priority::ERROR);  // the logging library needs memory itself
+    LogLevel::set(log4cpp::Priority::ERROR);      // the logging library needs memory itself
     const test::ClientSocket before = connect();  // what is needed once is there from then on
     test::ClientSocket refused(port);
     const int listener = server.listeners.front().sock;
