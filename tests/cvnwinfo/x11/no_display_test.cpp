@@ -3,8 +3,13 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <xcb/xproto.h>
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
+#include <future>
+#include <vector>
 
 #include "cvnwinfo/x11/tool_fixture.h"
 
@@ -40,13 +45,16 @@ class SilentServer {
 
     const std::string& display() const { return display_; }
 
+    // The next client; waits for one.
+    Descriptor client() const { return Descriptor(accept(socket_.number(), nullptr, nullptr)); }
+
     // All that the first client has sent, which has gone meanwhile.
     std::string received() const {
-        const Descriptor client(accept(socket_.number(), nullptr, nullptr));
+        const Descriptor first = client();
         std::string all;
         std::array<char, 256> chunk = {};
         ssize_t got = 0;
-        while ((got = read(client.number(), chunk.data(), chunk.size())) > 0) {
+        while ((got = read(first.number(), chunk.data(), chunk.size())) > 0) {
             all.append(chunk.data(), static_cast<std::size_t>(got));
         }
         return all;
@@ -56,6 +64,73 @@ class SilentServer {
     Descriptor socket_;
     std::string display_;
 };
+
+template <typename Record>
+bool receive(const Descriptor& client, Record& record) {
+    return recv(client.number(), &record, sizeof record, MSG_WAITALL) == sizeof record;
+}
+
+void skip(const Descriptor& client, std::size_t count) {
+    std::vector<char> bytes(count);
+    if (count != 0) {  // for none it would wait as well
+        EXPECT_EQ(recv(client.number(), bytes.data(), count, MSG_WAITALL),
+                  static_cast<ssize_t>(count));
+    }
+}
+
+template <typename Record>
+void send(const Descriptor& client, const Record& record) {
+    EXPECT_EQ(send(client.number(), &record, sizeof record, MSG_NOSIGNAL), sizeof record);
+}
+
+// Answers as an X server with one screen: lets the client in.
+void welcome(const Descriptor& client) {
+    const auto padded = [](std::size_t length) { return (length + 3) / 4 * 4; };
+    xcb_setup_request_t request = {};
+    EXPECT_TRUE(receive(client, request));
+    skip(client, padded(request.authorization_protocol_name_len) +
+                     padded(request.authorization_protocol_data_len));
+    struct Answer {
+        xcb_setup_t setup;
+        xcb_screen_t screen;
+    };
+    constexpr std::size_t before = 8;  // bytes of a set-up that its length leaves out
+    Answer answer = {};
+    answer.setup.status = 1;
+    answer.setup.protocol_major_version = 11;
+    answer.setup.length = (sizeof answer - before) / 4;
+    answer.setup.resource_id_mask = 0xFFFFF;
+    answer.setup.maximum_request_length = 0xFFFF;
+    answer.setup.roots_len = 1;
+    answer.screen.root = 1;
+    send(client, answer);
+}
+
+// Goes on as an X server that knows all atoms, and hangs up when it is asked for anything else.
+void answerAtoms(const Descriptor& client) {
+    struct Request {
+        std::uint8_t kind;
+        std::uint8_t detail;
+        std::uint16_t length;  // in units of four bytes, this one included
+    };
+    struct Answer {
+        xcb_intern_atom_reply_t atom;
+        std::array<char, 32 - sizeof(xcb_intern_atom_reply_t)> rest;
+    };
+    welcome(client);
+    Request request = {};
+    for (std::uint16_t number = 1; receive(client, request); ++number) {
+        if (request.kind != XCB_INTERN_ATOM) {
+            return;
+        }
+        skip(client, 4 * std::size_t{request.length} - sizeof request);
+        Answer answer = {};
+        answer.atom.response_type = 1;
+        answer.atom.sequence = number;
+        answer.atom.atom = number;
+        send(client, answer);
+    }
+}
 
 TEST(ToolWithoutDisplay, SaysThatDisplayIsNotSet) {
     Environment environment;
@@ -87,6 +162,20 @@ TEST(ToolWithoutDisplay, GivesUpOnAServerThatDoesNotAnswer) {
     const Outcome outcome = runTool(withDisplay(server.display()), {"-a"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.errors, "cvnwinfo: the X server does not answer\n");
+}
+
+// A window that cannot be looked for is not missing.
+TEST(ToolWithoutDisplay, SaysThatTheServerHangsUpWhileItLooksForTheWindow) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"-g", "-n", "T"}, {"-n", "T", "-p", "1,2"}}) {
+        const SilentServer server(SilentServer::Behaviour::accept);
+        const auto serving =
+            std::async(std::launch::async, [&server] { answerAtoms(server.client()); });
+        const Outcome outcome = runTool(withDisplay(server.display()), arguments);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.errors, "cvnwinfo: the connection to the X server broke\n");
+        EXPECT_EQ(outcome.output, "");
+    }
 }
 
 // The connection to the X server must not get the number of a standard descriptor that is closed.
