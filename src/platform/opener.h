@@ -7,6 +7,9 @@
 
 namespace corvane::platform {
 
+/// The path of the program that opens them; empty when there is none. For `ownDirectory` see below.
+std::string openerProgram(const std::string& ownDirectory);
+
 /// What became of an address.
 struct Opening {
     enum class Result {

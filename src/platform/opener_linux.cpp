@@ -24,22 +24,24 @@ constexpr std::chrono::milliseconds patience{1000};
 
 constexpr int statusCannotExecute = 255;
 
-bool inPath(const std::string& program) {
+// Where a program is that PATH leads to; empty for nowhere.
+std::string inPath(const std::string& program) {
     const char* path = std::getenv("PATH");
     for (const std::string& directory : strExplode(path == nullptr ? "" : path, ":")) {
-        if (::access(format("%s/%s", directory.c_str(), program.c_str()).c_str(), X_OK) == 0) {
-            return true;
+        std::string file = format("%s/%s", directory.c_str(), program.c_str());
+        if (::access(file.c_str(), X_OK) == 0) {
+            return file;
         }
     }
-    return false;
+    return "";
 }
 
 // The command that opens something on this desktop; empty when there is none.
 std::vector<std::string> openerCommand(const std::string& target) {
-    if (inPath("xdg-open")) {
+    if (!inPath("xdg-open").empty()) {
         return {"xdg-open", target};
     }
-    if (inPath("gio")) {
+    if (!inPath("gio").empty()) {
         return {"gio", "open", target};
     }
     return {};
@@ -78,6 +80,11 @@ int runOpener(const std::vector<std::string>& command) {
 }
 
 }  // namespace
+
+std::string openerProgram(const std::string& /*ownDirectory*/) {
+    const std::vector<std::string> command = openerCommand("");
+    return command.empty() ? "" : inPath(command.front());
+}
 
 Opening openAddress(const std::string& address, const std::string& /*ownDirectory*/) {
     if (!isAddress(address)) {

@@ -48,6 +48,8 @@ Opening resultOf(Child& opener) {
 
 }  // namespace
 
+std::string openerProgram(const std::string& ownDirectory) { return ownDirectory + openerName; }
+
 Opening openAddress(const std::string& address, const std::string& ownDirectory) {
     const std::vector<std::string> command = {ownDirectory + openerName, "address", address};
     try {
