@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "fileutil/reach.h"
 #include "platform/io.h"
 #include "platform/waiting.h"
 
@@ -42,6 +43,9 @@ int CommandFile::openForReading() { return open(O_RDONLY, mayNeverEnd); }
 int CommandFile::openForWriting() { return open(O_RDWR | O_CREAT | O_TRUNC, mayNotBeOverwritten); }
 
 int CommandFile::open(int flags, bool (*refused)(mode_t)) {
+    if (!isWithinReach(AT_FDCWD, path_)) {
+        return EACCES;
+    }
     OpenedFile opened = openGuarded(AT_FDCWD, path_, flags, newFileMode);
     if (opened.fd == -1) {
         return errno;

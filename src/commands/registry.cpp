@@ -1,6 +1,6 @@
 #include "commands/registry.h"
 
-#include <unistd.h>
+#include <fcntl.h>
 
 #include <algorithm>
 #include <array>
@@ -11,6 +11,7 @@
 
 #include "fileutil/paths.h"
 #include "fileutil/properties.h"
+#include "platform/guarded_open.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 
@@ -35,7 +36,8 @@ std::optional<std::string> valueIn(const std::string& file, const std::string& k
     static log4cpp::Category& log =
         log4cpp::Category::getInstance("corvane.fileutil.getRegString.ux");
     const std::string localFile = strconv::utf82acs(file);
-    if (::access(localFile.c_str(), R_OK) != 0) {
+    // access(2) would not know of a confinement.
+    if (openGuarded(AT_FDCWD, localFile, O_RDONLY).fd == -1) {
         log.debug("doesn't have READ access to file '%s'", file.c_str());
         return std::nullopt;
     }

@@ -16,6 +16,7 @@
 #include "fileutil/file_operations.h"
 #include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
+#include "fileutil/reach.h"
 #include "log/log.h"
 #include "platform/io.h"
 #include "platform/system.h"
@@ -147,6 +148,9 @@ std::string targetOf(const std::string& src, const std::string& dst) {
 }
 
 OpenedFile openSource(const FilePlace& src) {
+    if (!isWithinReach(src.directory, src.name)) {
+        throw fileError("open src", src.path, EACCES);
+    }
     OpenedFile file = openGuarded(src.directory, src.name, O_RDONLY);
     if (file.fd == -1) {
         throw fileError("open src", src.path, errno);
@@ -164,6 +168,9 @@ OpenedFile openSource(const FilePlace& src) {
 OpenedFile openTarget(const FilePlace& dst, Target target) {
     if (interrupted()) {
         throw fileError("open dst", dst.path, EINTR);
+    }
+    if (!isWithinReach(dst.directory, dst.name)) {
+        throw fileError("open dst", dst.path, EACCES);
     }
     OpenedFile file = openGuarded(dst.directory, dst.name, O_WRONLY | O_CREAT, newFileMode);
     if (file.fd == -1) {

@@ -8,6 +8,7 @@
 #include "fileutil/make_directory.h"
 #include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
+#include "fileutil/reach.h"
 #include "fileutil/tree_walk.h"
 #include "platform/waiting.h"
 #include "text/exception.h"
@@ -133,6 +134,9 @@ void copyDirectory(const std::string& src, const std::string& dst, const CopyOpt
     FileDesc from = openDirectory(strconv::utf82acs(srcDir), DirectoryAccess::Read);
     if (from == -1) {
         throw openDirectoryError(srcDir, errno);
+    }
+    if (!isWithinReach(AT_FDCWD, strconv::utf82acs(dstDir))) {
+        throw openDirectoryError(dstDir, EACCES);
     }
     // With an empty target the names are relative to the current directory.
     FileDesc to = openDirectory(dstDir.empty() ? DIR_THIS : strconv::utf82acs(dstDir),

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <log4cpp/Category.hh>
+#include <optional>
 #include <utility>
 
 #include "fileutil/paths.h"
@@ -18,6 +19,8 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t currentDirectorySize = 2048;
+
+std::optional<std::string> userName;
 
 std::string fromSystem(const char* text) {
     return text == nullptr ? std::string() : strconv::acs2utf8(std::string(text));
@@ -62,8 +65,10 @@ std::string getUserDirectory() {
 
 std::string getUserName() {
     log4cpp::Category::getInstance("corvane.fileutil.getUserName");
-    return fromSystem(::getlogin());
+    return userName ? *userName : fromSystem(::getlogin());
 }
+
+void rememberUserName() { userName = getUserName(); }
 
 std::string getUserDesktop() {
     static log4cpp::Category& log =

@@ -7,6 +7,7 @@
 #include "fileutil/file_errors.h"
 #include "fileutil/file_operations.h"
 #include "fileutil/paths.h"
+#include "fileutil/reach.h"
 
 namespace corvane {
 namespace {
@@ -27,6 +28,9 @@ bool makeDirectoryAt(const FilePlace& place) {
         return true;
     }
     const int error = errno;
+    if (!isWithinReach(place.directory, place.name)) {
+        throw makeDirectoryError(place.path, EACCES);
+    }
     if (error == EEXIST && isDirectoryAt(place)) {
         return false;
     }

@@ -66,6 +66,9 @@ std::string getTempDirectory();
 std::string getUserDirectory();
 /// The login name; empty when there is none, as for a service without a terminal.
 std::string getUserName();
+/// Looks the login name up for all later calls, when the files that tell it are about to go out of
+/// reach.
+void rememberUserName();
 /// The desktop folder without a trailing "/"; empty when there is none.
 std::string getUserDesktop();
 

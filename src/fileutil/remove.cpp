@@ -12,6 +12,7 @@
 #include "fileutil/file_operations.h"
 #include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
+#include "fileutil/reach.h"
 #include "fileutil/tree_walk.h"
 #include "platform/waiting.h"
 #include "text/strconv.h"
@@ -88,6 +89,9 @@ void emptyDirectory(const std::string& dir) {
 }  // namespace
 
 void removeFile(const std::string& path) {
+    if (!isEntryWithinReach(path)) {
+        throw fileError("remove", path, EACCES);
+    }
     if (std::remove(strconv::utf82acs(path).c_str()) != 0 && errno != ENOENT) {
         throw fileError("remove", path, errno);
     }
@@ -101,6 +105,9 @@ void removeDirectory(const std::string& path) {
 
 void removeDirectory(const std::string& path, bool recursive) {
     const std::string dir = correctDirectoryPath(path);
+    if (!isEntryWithinReach(dir)) {  // or a listed folder would be emptied before it cannot go
+        throw removeDirectoryError(dir, EACCES);
+    }
     if (recursive && isLink(bare(dir))) {
         removeFile(bare(dir));
         return;

@@ -8,6 +8,7 @@
 #include "fileutil/file_operations.h"
 #include "fileutil/open_directory.h"
 #include "fileutil/paths.h"
+#include "fileutil/reach.h"
 
 namespace corvane {
 namespace {
@@ -40,6 +41,9 @@ void moveFile(const FilePlace& src, const FilePlace& dst) {
 }
 
 void moveDirectory(const std::string& src, const std::string& target) {
+    if (!isWithinReach(AT_FDCWD, placeOf(src).name)) {  // before the target is made
+        throw openDirectoryError(src, EACCES);
+    }
     if (liesWithin(placeOf(target).name, placeOf(src).name)) {
         throw copyIntoItselfError(src, target);
     }
