@@ -10,6 +10,7 @@
 #include "commands/wndutil.h"
 #include "log/default_layout.h"
 #include "text/exception.h"
+#include "text/strconv.h"
 #include "text/strings.h"
 
 namespace corvane {
@@ -57,6 +58,33 @@ std::optional<std::vector<std::string>> commandsOf(const std::string& text) {
     return names;
 }
 
+// One entry of FOLDERS. Whether it is there is seen when the confinement is prepared.
+platform::Grant folderOf(const std::string& entry) {
+    using platform::Access;
+    const bool isProgram = startsWith(entry, "x=");
+    const bool isReadOnly = startsWith(entry, "ro=");
+    const std::string path = entry.substr(isProgram ? 2 : isReadOnly ? 3 : 0);
+    if (!startsWith(path, "/")) {
+        throw ConfigureFailure(
+            format("FOLDERS is not possible: '%s' is no full path; only ro= and "
+                   "x= may stand in front of one",
+                   entry.c_str()));
+    }
+    return {strconv::utf82acs(path), isProgram    ? Access::Run
+                                     : isReadOnly ? Access::Read
+                                                  : Access::Change};
+}
+
+std::vector<platform::Grant> foldersOf(const std::string& text) {
+    std::vector<platform::Grant> folders;
+    if (!text.empty()) {
+        for (const std::string& entry : strExplode(text, ":")) {
+            folders.push_back(folderOf(entry));
+        }
+    }
+    return folders;
+}
+
 }  // namespace
 
 bool loadConfiguration(Properties& store, const std::string& directory) {
@@ -81,7 +109,8 @@ Settings::Settings(const Properties& store)
              .shutdownOnDisconnect = store.getInt("SHUTDOWNONDISCONNECT", 0)},
       console(store.getBool("CONSOLE", true)),
       currentDirectory(store.getPropertyAsString("CURRDIR", "")),
-      toolTimeout(limitOf(store, "TOOLTIMEOUT")) {}
+      toolTimeout(limitOf(store, "TOOLTIMEOUT")),
+      folders(foldersOf(store.getPropertyAsString("FOLDERS", ""))) {}
 
 void Settings::apply(Server& target) const {
     std::string ownAddress = std::move(target.options.address);

@@ -5,8 +5,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "fileutil/properties.h"
+#include "platform/confinement.h"
 #include "server/server.h"
 #include "server/server_options.h"
 
@@ -32,7 +34,8 @@ struct LogSettings {
 
 struct Settings {
     /// Reads all other keys with their defaults. Throws ConfigureFailure for a number that the
-    /// server could not work with; what is no number at all counts as not set.
+    /// server could not work with, and for folders that are none; what is no number at all counts
+    /// as not set.
     explicit Settings(const Properties& store);
 
     /// Hands over what the server and the commands need to know. The address "any" leaves the
@@ -46,6 +49,8 @@ struct Settings {
     std::string currentDirectory;
     /// Seconds that a run of the window tool may take; 0 for any time.
     int toolTimeout;
+    /// What the server is confined to, besides what it needs itself; nothing for no confinement.
+    std::vector<platform::Grant> folders;
 };
 
 }  // namespace corvane

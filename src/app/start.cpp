@@ -5,10 +5,12 @@
 #include <exception>
 #include <iostream>
 #include <log4cpp/Category.hh>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "app/confine.h"
 #include "app/detach.h"
 #include "app/instance.h"
 #include "app/logging.h"
@@ -35,6 +37,7 @@ void print(const std::string& line) { std::cout << line << std::endl; }
 struct Configuration {
     Settings settings;
     bool fileFound;
+    std::optional<platform::Confinement> confinement;
 };
 
 // All up to and including the detaching. Throws for what keeps the program from starting.
@@ -44,13 +47,14 @@ Configuration initialise(const std::string& name) {
     initStartupDirectory();
     print("Initializing app");
     const bool found = loadConfiguration(props, strconv::utf82acs(getApplicationDirectory()));
-    Configuration configuration{Settings(props), found};
+    Configuration configuration{Settings(props), found, std::nullopt};
     const Settings& settings = configuration.settings;
     if (!settings.console) {
         print("Console is off");
     }
     Log4cppConfigurator::configure(name, props, settings.console, settings.server.port);
     checkInstance(name, settings.server.port);
+    configuration.confinement = prepareConfinement(settings);
     if (!settings.console) {
         detachFromTerminal();
     }
@@ -93,11 +97,18 @@ void warnOfUnknownCommands(log4cpp::Category& log, const ServerOptions& options)
     }
 }
 
-void serve(log4cpp::Category& log) {
+// Serves nobody when the program cannot be confined though it was asked for.
+void serve(log4cpp::Category& log, std::optional<platform::Confinement> confinement) {
     raiseDescriptorLimit();
     platform::keepFreedMemory();  // the server gives it back when it is idle
     try {
         server->initServer();
+        if (confinement) {
+            rememberUserName();
+            confinement->enforce();
+            confinement.reset();
+            log.notice("confined to the folders of the configuration");
+        }
         server->process();
     } catch (const Exception& e) {
         log.error("Server exception: %s", e.what());
@@ -128,7 +139,7 @@ void showMessage(const std::string& title, const std::string& text) {
 }
 
 int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
-    const auto [settings, configurationFound] = initialiseOrExit(name);
+    auto [settings, configurationFound, confinement] = initialiseOrExit(name);
     log4cpp::Category& log = log4cpp::Category::getInstance(productName);
     installSignalHandlers();
     flushLogOnFatalSignals();
@@ -142,7 +153,7 @@ int corvaneStart(std::unique_ptr<Server> newServer, const std::string& name) {
     // cppcheck-suppress danglingLifetime ; stop() clears it again
     server = newServer.get();
     settings.apply(*server);
-    serve(log);
+    serve(log, std::move(confinement));
     stop(log, std::move(newServer));
     return 0;
 }

@@ -26,27 +26,28 @@ std::string text(const std::optional<Texts>& names) {
     return all;
 }
 
+std::string text(const std::vector<platform::Grant>& folders) {
+    std::string all;
+    for (const platform::Grant& folder : folders) {
+        all += folder.path + ":";
+    }
+    return all;
+}
+
 // The structured bindings do not compile when a struct gets another field: add it here as well.
 Texts fields(const Properties& store) {
-    const auto& [server, console, currentDirectory, toolTimeout] = Settings(store);
+    const auto& [server, console, currentDirectory, toolTimeout, folders] = Settings(store);
     const auto& [address, port, inactivity, closeOnFatal, debugRequestRead, requestTimeout,
                  maxRequest, allowHttp, allowedCommands, shutdownOnDisconnect] = server;
     const auto& [pattern, priority] = LogSettings(store);
-    return {text(console),
-            text(currentDirectory),
-            text(toolTimeout),
-            text(address),
-            text(port),
-            text(inactivity),
-            text(closeOnFatal),
-            text(debugRequestRead),
-            text(requestTimeout),
-            text(maxRequest),
-            text(allowHttp),
-            text(allowedCommands),
-            text(pattern),
-            text(priority),
-            text(shutdownOnDisconnect)};
+    return {text(console),          text(currentDirectory),
+            text(toolTimeout),      text(folders),
+            text(address),          text(port),
+            text(inactivity),       text(closeOnFatal),
+            text(debugRequestRead), text(requestTimeout),
+            text(maxRequest),       text(allowHttp),
+            text(allowedCommands),  text(pattern),
+            text(priority),         text(shutdownOnDisconnect)};
 }
 
 /// The keys of the sample, but for those of file extensions, with the values that it shows.
@@ -62,6 +63,11 @@ std::map<std::string, std::string> sampleKeys() {
         }
     }
     return keys;
+}
+
+/// A value of a key that is not its default, and that it can have.
+std::string otherThan(const std::string& key, const std::string& value) {
+    return key == "FOLDERS" ? "/1" : value == "true" ? "false" : "1";
 }
 
 Texts fieldsWith(const std::string& key, const std::string& value) {
@@ -82,7 +88,7 @@ TEST(SampleKeys, HaveOneFieldEachAndLeaveNoneWithoutAKey) {
     std::set<std::size_t> changed;
     const auto keys = sampleKeys();
     for (const auto& [key, value] : keys) {
-        const Texts other = fieldsWith(key, value == "true" ? "false" : "1");
+        const Texts other = fieldsWith(key, otherThan(key, value));
         for (std::size_t i = 0; i < other.size(); ++i) {
             if (other[i] != defaults[i]) {
                 EXPECT_TRUE(changed.insert(i).second) << key;

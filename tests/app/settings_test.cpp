@@ -114,6 +114,31 @@ TEST_F(SettingsTest, AllowEveryCommandForAnEmptyListOnly) {
     }
 }
 
+TEST_F(SettingsTest, SplitTheFoldersAtColons) {
+    using platform::Access;
+    EXPECT_TRUE(settings().folders.empty());
+    store.setProperty("FOLDERS", "");
+    EXPECT_TRUE(settings().folders.empty());
+    store.setProperty("FOLDERS", "/srv/a b:ro=/media:x=/usr/bin/foo");
+    const auto folders = settings().folders;
+    ASSERT_EQ(folders.size(), 3U);
+    EXPECT_EQ(folders[0].path, "/srv/a b");
+    EXPECT_EQ(folders[0].access, Access::Change);
+    EXPECT_EQ(folders[1].path, "/media");
+    EXPECT_EQ(folders[1].access, Access::Read);
+    EXPECT_EQ(folders[2].path, "/usr/bin/foo");
+    EXPECT_EQ(folders[2].access, Access::Run);
+    EXPECT_FALSE(folders[0].isOwn || folders[1].isOwn || folders[2].isOwn);
+}
+
+TEST_F(SettingsTest, RefuseAFolderThatIsNoFullPath) {
+    for (const char* entry : {"srv", "rw=/srv", "x=", "ro=media", ""}) {
+        store.setProperty("FOLDERS", "/tmp:"s + entry);
+        EXPECT_EQ(refusal(), "FOLDERS is not possible: '"s + entry +
+                                 "' is no full path; only ro= and x= may stand in front of one");
+    }
+}
+
 TEST_F(SettingsTest, AreHandedToTheServer) {
     store.setProperty("PORT", "5000");
     store.setProperty("INACTIVITY", "7");

@@ -1,7 +1,11 @@
 // The window commands with everything real: the server, the window tool beside it, an X server with
 // a window manager, and the player's window.
+#include <stdlib.h>
+
 #include "e2e/server_test.h"
+#include "platform/confinement.h"
 #include "support/environment.h"
+#include "support/scratch_directory.h"
 #include "support/x11_session.h"
 #include "support/x11_window.h"
 
@@ -69,6 +73,21 @@ TEST_F(WindowsTest, MoveWithoutAChangeOfSize) {
     wanted.y = 44;
     EXPECT_EQ(server().request("setWndPos\n1\n33\n44\nKiosk"), success("setWndPos"));
     EXPECT_TRUE(window.waitForRectangle(wanted));
+}
+
+TEST_F(WindowsTest, AreReachedByAServerThatIsConfinedToo) {
+    if (platform::Confinement::kernelVersion() == 0) {
+        GTEST_SKIP() << "the kernel has no Landlock, or it is switched off";
+    }
+    const ScratchDirectory folder;
+    startWith({.configuration = "FOLDERS=" + folder.path() + "\n",
+               .files = {{"cvnwinfo", readFile(CVNWINFO_EXECUTABLE)}},
+               .prepare = [] { ::setenv("LSAN_OPTIONS", "detect_leaks=0", 1); }});
+    ASSERT_TRUE(server().waitForLog("confined to"));
+    server().recountDescriptors();
+    const TestWindow window(session(), {.wmName = "Adobe Flash Player"});
+    EXPECT_EQ(server().request("getWndRect\nAdobe Flash Player"),
+              rectangleReply("getWndRect", rectangleByXwininfo(session(), window.id())));
 }
 
 }  // namespace

@@ -74,6 +74,8 @@ class ServerProcess {
     /// Open descriptors now, and when the server began to serve.
     int descriptors() const { return descriptorsOf(pid_); }
     int descriptorsAtStart() const { return descriptorsAtStart_; }
+    /// Takes note of them once more, for a server that has closed some since it listens.
+    void recountDescriptors() { descriptorsAtStart_ = descriptors(); }
     /// Whether a child of it has ended that it has not collected.
     bool hasZombies() const { return hasZombieChild(pid_); }
     /// User and system time in clock ticks.
