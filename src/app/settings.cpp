@@ -105,6 +105,7 @@ Settings::Settings(const Properties& store)
              .requestTimeout = limitOf(store, "REQUESTTIMEOUT"),
              .maxRequest = limitOf(store, "MAXREQUEST"),
              .allowHttp = store.getBool("ALLOWHTTP", false),
+             .sameUser = store.getBool("SAMEUSER", false),
              .allowedCommands = commandsOf(store.getPropertyAsString("COMMANDS", "")),
              .shutdownOnDisconnect = store.getInt("SHUTDOWNONDISCONNECT", 0)},
       console(store.getBool("CONSOLE", true)),

@@ -138,6 +138,9 @@ void Server::accept(Listener& listener) {
     if (error == EAGAIN || error == EINTR) {
         return;  // the connection is gone again
     }
+    if (sock != -1 && options.sameUser && !mayConnect(sock, peer)) {
+        return;
+    }
     if (sock >= FD_SETSIZE) {
         sock.close();
         error = EMFILE;

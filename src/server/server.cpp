@@ -6,6 +6,7 @@
 #include <chrono>
 #include <log4cpp/Category.hh>
 
+#include "platform/peer_user.h"
 #include "server/socket_exception.h"
 
 namespace corvane {
@@ -29,7 +30,12 @@ Server::~Server() {
     }
 }
 
-void Server::initServer() { initListener(options.address, options.port); }
+void Server::initServer() {
+    if (options.sameUser) {
+        peerUsers_ = platform::openPeerUsers();  // as long as there are descriptors
+    }
+    initListener(options.address, options.port);
+}
 
 void Server::process() {
     loopLog().debug("Process loop start");

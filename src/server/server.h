@@ -36,7 +36,7 @@ class Server {
     Server(Server&&) = delete;
     Server& operator=(Server&&) = delete;
 
-    /// Opens the listener on the address and port of the options.
+    /// Opens the listener on the address and port of the options, and what options.sameUser needs.
     virtual void initServer();
     /// Handles one request: its first line and a stream over the other lines. This one only logs.
     virtual void processClientCommand(int sock, const std::string& cmd, std::istream& params);
@@ -152,6 +152,7 @@ class Server {
     Listener* findListener(int sock);
 
     void accept(Listener& listener);
+    bool mayConnect(int sock, const sockaddr_in& peer);
     void pauseListeners();
     void resumeListeners();
 
@@ -183,6 +184,7 @@ class Server {
     static constexpr std::size_t smallRest = std::size_t{4} * 1024;
 
     SocketWatch watch_;
+    FileDesc peerUsers_;
     /// What clients' requests are received into, one client at a time.
     ByteBuffer input_;
     /// The request that is being served, without its terminator; part of its client's input.
@@ -195,6 +197,7 @@ class Server {
     /// Set while the process is out of descriptors: until then no listener is watched.
     Deadline listenersPausedUntil_;
     std::chrono::steady_clock::time_point nextForeignWarning_{};
+    std::chrono::steady_clock::time_point nextUserWarning_{};
 };
 
 }  // namespace corvane

@@ -26,6 +26,9 @@ struct ServerOptions {
     int maxRequest = 0;
     /// Serves HTTP request lines like any unknown command instead of refusing the connection.
     bool allowHttp = false;
+    /// Closes connections from users other than the server's own and root, and those whose user
+    /// cannot be told, before anything is read.
+    bool sameUser = false;
     /// The commands that are served, in their exact spelling; nothing for all of them, an empty
     /// list for none.
     std::optional<std::vector<std::string>> allowedCommands;

@@ -38,16 +38,25 @@ std::string text(const std::vector<platform::Grant>& folders) {
 Texts fields(const Properties& store) {
     const auto& [server, console, currentDirectory, toolTimeout, folders] = Settings(store);
     const auto& [address, port, inactivity, closeOnFatal, debugRequestRead, requestTimeout,
-                 maxRequest, allowHttp, allowedCommands, shutdownOnDisconnect] = server;
+                 maxRequest, allowHttp, sameUser, allowedCommands, shutdownOnDisconnect] = server;
     const auto& [pattern, priority] = LogSettings(store);
-    return {text(console),          text(currentDirectory),
-            text(toolTimeout),      text(folders),
-            text(address),          text(port),
-            text(inactivity),       text(closeOnFatal),
-            text(debugRequestRead), text(requestTimeout),
-            text(maxRequest),       text(allowHttp),
-            text(allowedCommands),  text(pattern),
-            text(priority),         text(shutdownOnDisconnect)};
+    return {text(console),
+            text(currentDirectory),
+            text(toolTimeout),
+            text(folders),
+            text(address),
+            text(port),
+            text(inactivity),
+            text(closeOnFatal),
+            text(debugRequestRead),
+            text(requestTimeout),
+            text(maxRequest),
+            text(allowHttp),
+            text(sameUser),
+            text(allowedCommands),
+            text(pattern),
+            text(priority),
+            text(shutdownOnDisconnect)};
 }
 
 /// The keys of the sample, but for those of file extensions, with the values that it shows.

@@ -48,10 +48,12 @@ def ask(connection, request):
 class ServerProcess:
     """Serves when it has been made, and is killed at the end of a `with`."""
 
-    def __init__(self, directory, executable, configuration="", files=None, work=None, environment=None):
+    def __init__(self, directory, executable, configuration="", files=None, work=None, environment=None,
+                 wrapper=()):
         """The installation is `directory`/program: the executable, the configuration file with these
         lines behind "PORT=0", and executable files, name and text. `work` is the working directory;
-        without one it is `directory`. `environment` is added to this process's own."""
+        without one it is `directory`. `environment` is added to this process's own. `wrapper` is a
+        command that becomes the server, whose path is put behind it."""
         self.program = Path(directory) / "program"
         self.program.mkdir()
         (self.program / "corvane").symlink_to(Path(executable).resolve())
@@ -60,7 +62,7 @@ class ServerProcess:
             (self.program / name).write_text(text)
             (self.program / name).chmod(0o755)
         self.process = subprocess.Popen(
-            [self.program / "corvane"], cwd=work or directory, env=os.environ | (environment or {}),
+            [*wrapper, self.program / "corvane"], cwd=work or directory, env=os.environ | (environment or {}),
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
             wait_until(lambda: self._find_port() or self.ended(), "start")
@@ -77,7 +79,7 @@ class ServerProcess:
         self.kill()
 
     def _find_port(self):
-        match = re.search(r"Listening on 127\.0\.0\.1:(\d+)\n", self.log())
+        match = re.search(r"Listening on [\d.]+:(\d+)\n", self.log())
         if match:
             self.port = int(match[1])
         return match
