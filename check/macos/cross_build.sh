@@ -39,12 +39,21 @@ get_log4cpp() {
     touch "$log4cpp/src/empty.cpp"
 }
 
+# Sets boost to a directory with the headers of Boost and nothing else: they are the same on every
+# system.
+get_boost() {
+    boost=$build/sources/boost
+    mkdir -p "$boost"
+    ln -sfn /usr/include/boost "$boost/boost"
+}
+
 # The compiler, and the sources of the libraries that the project uses.
 get_everything() {
     get_compiler
     get_source zlib || die "cannot get the sources of zlib, see $log"
     get_source googletest || die "cannot get the sources of GoogleTest, see $log"
     get_log4cpp
+    get_boost
 }
 
 # Configures in directory $1 for architecture $2 with the arguments that follow.
@@ -78,7 +87,7 @@ build_project() {
     local arch=$1
     shift
     (cd "$root" && configure "$build/$arch" "$arch" --preset release \
-        -DCORVANE_TESTS="${tests:-ON}" -DCORVANE_EVENT_QUEUE=ON \
+        -DCORVANE_TESTS="${tests:-ON}" -DCORVANE_EVENT_QUEUE=ON -DCORVANE_BOOST_HEADERS="$boost" \
         -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
         -DCMAKE_EXE_LINKER_FLAGS="-Wl,--no-gc-sections $link_log4cpp" "$@")
     compile "$build/$arch" all

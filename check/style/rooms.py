@@ -30,6 +30,8 @@ ALLOWED = {
     "tools/cvnopen": set(),
     "tools/cvnwinfo": set(),
     # Of the server, the client has nothing but the names of the commands.
+    # The player reads the server's configuration as the server does, and the size of a movie.
+    "tools/corvane-play": FILES | {"launch/movie_size.h", "app/settings.h"},
     "tools/corvanectl": PLATFORM | {"cmdl", "commands/command_syntax.h"},
 }
 INCLUDE = re.compile(r'\s*#\s*include\s+"(([^"/]+)/[^"]*)"')
