@@ -29,6 +29,9 @@ class Connection {
           timeout_(endpoint.timeout),
           deadline_(deadlineAfter(endpoint.timeout)),
           sock_(::socket(AF_INET, SOCK_STREAM, 0)) {
+        if (sock_ == -1) {
+            fail("cannot connect to", errno);
+        }
         ::fcntl(sock_, F_SETFL, O_NONBLOCK);
         connectTo(endpoint);
     }

@@ -164,10 +164,10 @@ TEST(ToolWithoutDisplay, GivesUpOnAServerThatDoesNotAnswer) {
     EXPECT_EQ(outcome.errors, "cvnwinfo: the X server does not answer\n");
 }
 
-// A window that cannot be looked for is not missing.
-TEST(ToolWithoutDisplay, SaysThatTheServerHangsUpWhileItLooksForTheWindow) {
+// A window that cannot be looked for is not missing, nor is a screen without size.
+TEST(ToolWithoutDisplay, SaysThatTheServerHangsUpWhileItIsAsked) {
     for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"-g", "-n", "T"}, {"-n", "T", "-p", "1,2"}}) {
+         {std::vector<std::string>{"-g", "-n", "T"}, {"-n", "T", "-p", "1,2"}, {"-a"}}) {
         const SilentServer server(SilentServer::Behaviour::accept);
         const auto serving =
             std::async(std::launch::async, [&server] { answerAtoms(server.client()); });

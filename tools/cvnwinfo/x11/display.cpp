@@ -84,6 +84,7 @@ std::optional<WindowGeometry> Display::geometry(xcb_window_t window) const {
     const Reply<xcb_translate_coordinates_reply_t> origin(
         xcb_translate_coordinates_reply(connection(), originCookie, nullptr));
     if (!size || !origin) {
+        requireConnection();
         return std::nullopt;
     }
     return WindowGeometry{

@@ -49,6 +49,7 @@ class Display {
     /// The present size of the screen, in pixels. Throws WindowError.
     Size screenSize() const;
 
+    /// Nothing when the window is gone. Throws WindowError when the connection broke.
     std::optional<WindowGeometry> geometry(xcb_window_t window) const;
 
     /// The children of `window` from the bottom of the stack up; empty when it is gone.

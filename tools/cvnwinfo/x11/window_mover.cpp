@@ -22,7 +22,6 @@ using std::chrono::milliseconds;
 
 WindowGeometry geometryOf(const Display& display, xcb_window_t window) {
     const auto geometry = display.geometry(window);
-    display.requireConnection();
     if (!geometry) {
         throw WindowError("the window has disappeared");
     }
