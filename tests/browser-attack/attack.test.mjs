@@ -10,7 +10,7 @@ import {createServer} from "node:http";
 import {createRequire} from "node:module";
 import {join} from "node:path";
 import {fetchAttack, formAttack, imageAttack, peerAttack, preconnectAttack, relayAttack} from "./attacks.mjs";
-import {Application, Server, until} from "./server.mjs";
+import {Application, Server, until} from "../browser/server.mjs";
 
 const {chromium} = createRequire(new URL("../browser/package.json", import.meta.url))("playwright-core");
 

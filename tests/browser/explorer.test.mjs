@@ -1,30 +1,31 @@
-// node explorer.test.mjs SERVER MOVIE SCRATCH RESULTS: uses the explorer like a person does and looks at
+// node explorer.test.mjs SERVER PLAY MOVIE SCRATCH RESULTS: uses the explorer like a person does and looks at
 // the files behind its back. Ends with status 1 at the first thing that is not as it should be.
 
 import assert from "node:assert/strict";
-import {existsSync, readFileSync, readdirSync} from "node:fs";
-import {mkdir} from "node:fs/promises";
+import {cpSync, existsSync, mkdirSync, readFileSync, readdirSync} from "node:fs";
 import {dirname, join} from "node:path";
 import {fileURLToPath} from "node:url";
-import {makeSampleHome} from "../../examples/explorer/web/sample.mjs";
-import {startStack} from "../../examples/explorer/web/stack.mjs";
 import {Movie} from "./movie.mjs";
+import {Play} from "./play.mjs";
+import {Server} from "./server.mjs";
 
-const [executable, swf, scratch, results] = process.argv.slice(2);
-const here = dirname(fileURLToPath(import.meta.url));
+const [executable, program, swf, scratch, results] = process.argv.slice(2);
+const root = join(dirname(fileURLToPath(import.meta.url)), "../..");
+const sample = join(root, "examples/explorer/sample");
 const home = join(scratch, "kiosk");
 const onDisk = (name) => readFileSync(join(home, name), "utf8");
+const inSample = (name) => readFileSync(join(sample, name), "utf8");
 const isThere = (name) => existsSync(join(home, name));
 
 /** A name that no XML parser can read out of a reply. */
 const ODD = `R&D "final" <2>.txt`;
 
 const steps = {
-  async "lists the home directory"(movie, files) {
+  async "lists the home directory"(movie) {
     const state = await movie.until("the list", ({entries}) => entries.length > 0);
     assert.equal(state.directory, home + "/");
     const folders = ["Desktop", "Documents", "Games", "Music", "Pictures"].map((name) => name + "/");
-    const plain = Object.keys(files).filter((name) => !name.includes("/"));
+    const plain = readdirSync(sample, {withFileTypes: true}).filter((entry) => entry.isFile()).map(({name}) => name);
     assert.deepEqual(state.entries, [".corvane/", ...folders, ...plain.sort(ignoringCase)]);
   },
 
@@ -44,12 +45,12 @@ const steps = {
     await movie.until("the home directory", ({directory}) => directory === home + "/");
   },
 
-  async "shows the text of a file"(movie, files) {
+  async "shows the text of a file"(movie) {
     await movie.click("row readme.txt");
-    await movie.until("the text", ({preview}) => unix(preview) === files["readme.txt"]);
+    await movie.until("the text", ({preview}) => unix(preview) === inSample("readme.txt"));
     await movie.picture("explorer");
     await movie.click("row catalogue.xml");
-    await movie.until("markup as it is in the file", ({preview}) => unix(preview) === files["catalogue.xml"]);
+    await movie.until("markup as it is in the file", ({preview}) => unix(preview) === inSample("catalogue.xml"));
   },
 
   async "shows the first bytes of a file that is no text"(movie) {
@@ -106,23 +107,23 @@ const steps = {
     assert.equal(onDisk("report copy.txt"), onDisk("report.txt"));
   },
 
-  async "copies a folder with all that is in it"(movie, files) {
+  async "copies a folder with all that is in it"(movie) {
     await movie.click("row Games");
     await movie.click("button Copy");
     await movie.type("More games");
     await movie.press("Enter");
     await movie.until("the copy", ({selected}) => selected === "More games/");
-    assert.equal(onDisk("More games/Chess/chess.swf"), files["Games/Chess/chess.swf"]);
-    assert.equal(onDisk("More games/Solitaire/solitaire.swf"), files["Games/Solitaire/solitaire.swf"]);
+    assert.equal(onDisk("More games/Chess/chess.swf"), inSample("Games/Chess/chess.swf"));
+    assert.equal(onDisk("More games/Solitaire/solitaire.swf"), inSample("Games/Solitaire/solitaire.swf"));
   },
 
-  async "renames a folder that is not empty"(movie, files) {
+  async "renames a folder that is not empty"(movie) {
     await movie.click("button Rename");
     await movie.type("All games");
     await movie.press("Enter");
     await movie.until("the new name", ({selected}) => selected === "All games/");
     assert.equal(isThere("More games"), false);
-    assert.equal(onDisk("All games/Chess/chess.swf"), files["Games/Chess/chess.swf"]);
+    assert.equal(onDisk("All games/Chess/chess.swf"), inSample("Games/Chess/chess.swf"));
   },
 
   async "asks before it deletes, and deletes"(movie) {
@@ -188,15 +189,18 @@ function unix(text) {
 }
 
 async function run() {
-  const files = await makeSampleHome(home);
-  await mkdir(results, {recursive: true});
-  const stack = await startStack({executable, movie: swf, scratch, home, dir: home, windowTool: join(here, "../../clients/conformance/cvnwinfo")});
-  let movie;
+  cpSync(sample, home, {recursive: true});
+  mkdirSync(results, {recursive: true});
+  const server = await Server.start(executable, join(scratch, "server"), ["log4cpp.priority=INFO"], {
+    environment: {HOME: home}, windowTool: join(root, "clients/conformance/cvnwinfo"),
+  });
+  let play, movie;
   try {
-    movie = await Movie.open(stack.url, join(scratch, "profile"), results);
+    play = await Play.start(program, server.port, "--flashvars", `port=${server.port}&dir=${encodeURIComponent(home)}`, swf);
+    movie = await Movie.open(play.address, join(scratch, "profile"), results);
     for (const [name, step] of Object.entries(steps)) {
       try {
-        await step(movie, files);
+        await step(movie);
       } catch (error) {
         await movie.picture("failure");
         error.message = `${name}: ${error.message}`;
@@ -207,9 +211,10 @@ async function run() {
     console.log(`ok - ${await movie.wire.check()} replies have the form they should have`);
   } finally {
     await movie?.close();
-    await stack.stop();
+    await play?.stop();
+    await server.stop();
   }
-  assert.equal(stack.server.exitCode, 0, "the server ends in order");
+  assert.equal(await server.stop(), 0, "the server ends in order");
 }
 
 process.once("SIGTERM", () => process.exit(1)); // time is up

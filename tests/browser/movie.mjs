@@ -3,15 +3,12 @@
 import {appendFileSync} from "node:fs";
 import {join} from "node:path";
 import {setTimeout as pause} from "node:timers/promises";
-import {chromium} from "playwright-core";
+import {launchChromium} from "./play.mjs";
 import {Wire} from "./wire.mjs";
 
 const PATIENCE = 10000; // milliseconds until what should appear counts as missing
 const PAINTING = 300; // milliseconds that the runtime needs to paint what the movie has changed
-const ARGUMENTS = [
-  "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-  "--disable-component-update", "--disable-sync",
-];
+const PLAYER = "ruffle-player"; // the runtime's element, which has what the movie offers
 
 export class Movie {
   /** What the movie and the server say to each other. */
@@ -22,20 +19,32 @@ export class Movie {
   #results;
   #pictures = 0;
 
+  /** Where the stage begins on the page. */
+  #corner;
+
   /** `results` is the directory for screenshots and the console's log. */
   static async open(url, profile, results) {
-    const movie = new Movie();
+    const context = await launchChromium(profile, {viewport: {width: 800, height: 600}}); // the movie's size
+    const movie = new Movie(context.pages()[0]);
+    movie.#context = context;
     movie.#results = results;
-    movie.#context = await chromium.launchPersistentContext(profile, {
-      executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium", headless: true, args: ARGUMENTS,
-      viewport: {width: 800, height: 600}, // the movie's size: positions on the stage are those on the page
-    });
-    movie.#page = movie.#context.pages()[0];
     movie.wire = await Wire.tap(movie.#page);
     movie.#page.on("console", (line) => appendFileSync(join(results, "console.log"), line.text() + "\n"));
     await movie.#page.goto(url);
-    await movie.#page.waitForFunction(() => typeof window.movie?.state === "function", null, {timeout: 30000});
+    await movie.loaded();
     return movie;
+  }
+
+  /** Waits until the movie runs, also after the page was loaded again. */
+  async loaded() {
+    await this.#page.waitForFunction((player) => typeof document.querySelector(player)?.state === "function", PLAYER, {timeout: 30000});
+    const {x, y} = await this.#page.locator(PLAYER).boundingBox();
+    this.#corner = [x, y];
+  }
+
+  /** The movie on a page that another has opened. */
+  constructor(page) {
+    this.#page = page;
   }
 
   close() {
@@ -43,11 +52,16 @@ export class Movie {
   }
 
   state() {
-    return this.#page.evaluate(() => window.movie.state());
+    return this.#ask("state");
   }
 
   textOf(name) {
-    return this.#page.evaluate((name) => window.movie.textOf(name), name);
+    return this.#ask("textOf", name);
+  }
+
+  /** Calls a function that the movie offers. */
+  #ask(name, ...parameters) {
+    return this.#page.evaluate(([player, name, parameters]) => document.querySelector(player)[name](...parameters), [PLAYER, name, parameters]);
   }
 
   /** Waits until `holds`, called with the state, is true; throws with the last state if it never is. */
@@ -66,10 +80,10 @@ export class Movie {
   async click(name) {
     let place = null;
     await this.until(`the control "${name}"`, async () => {
-      place = await this.#page.evaluate((name) => window.movie.whereIs(name), name);
+      place = await this.#ask("whereIs", name);
       return place !== null;
     });
-    await this.#page.mouse.click(place[0], place[1], {delay: 60});
+    await this.#page.mouse.click(this.#corner[0] + place[0], this.#corner[1] + place[1], {delay: 60});
     await pause(120); // one frame: the movie reads the mouse once per frame
   }
 

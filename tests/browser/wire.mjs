@@ -13,11 +13,12 @@ export class Wire {
   #received = [];
   #page;
 
-  /** Listens to the WebSockets that the page opens from now on. */
+  /** Listens to the bridges that the page opens from now on. */
   static async tap(page) {
     const wire = new Wire();
     wire.#page = page;
     page.on("websocket", (socket) => {
+      if (!socket.url().includes("/bridge/")) return;
       wire.#connections++;
       socket.on("framereceived", ({payload}) => wire.#received.push(Buffer.from(payload)));
     });
@@ -26,7 +27,7 @@ export class Wire {
       window.sent = [];
       const send = WebSocket.prototype.send;
       WebSocket.prototype.send = function (data) {
-        window.sent.push(new Response(data).text());
+        if (this.url.includes("/bridge/")) window.sent.push(new Response(data).text());
         send.call(this, data);
       };
     });
