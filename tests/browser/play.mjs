@@ -17,10 +17,15 @@ export class Play {
   #process;
 
   /** Runs `program` for the server on `port`; `words` are what else stands on the command line. */
-  static async start(program, port, ...words) {
-    const play = new Play(program, ["--no-open", "--port", String(port), ...words], process.env);
-    await until(() => !play.running || play.#findAddress(), "an address of corvane-play");
-    if (!play.address) throw new Error(`corvane-play ended: ${play.said}`);
+  static start(program, port, ...words) {
+    return Play.read(program, ["--no-open", "--port", String(port), ...words]);
+  }
+
+  /** Runs a program that prints the address of a page. */
+  static async read(program, words, environment = {}) {
+    const play = new Play(program, words, {...process.env, ...environment});
+    await until(() => !play.running || play.#findAddress(), "an address of a page");
+    if (!play.address) throw new Error(`${program} ended: ${play.said}`);
     return play;
   }
 
