@@ -100,17 +100,19 @@ void grant(int rules, const Grant& wanted, int version) {
     }
 }
 
-// The loader and the directory of the C library, as this program was loaded with them. The window
-// tool's libraries lie there as well; those of other programs may lie elsewhere.
+// The loader and the libraries that this program was loaded with, and the directory of the C
+// library, where those of the window tool lie. Other programs may have some elsewhere.
 int addLibraries(dl_phdr_info* object, std::size_t /*size*/, void* grants) {
     const std::string_view path = object->dlpi_name;
     const std::size_t slash = path.rfind('/');
     const std::string_view name = path.substr(slash + 1);  // npos + 1 is 0
-    auto& list = *static_cast<std::vector<Grant>*>(grants);
-    if (startsWith(name, "ld-")) {
-        list.push_back({std::string(path), Access::Run, true});
-    } else if (startsWith(name, "libc.so") && slash != std::string_view::npos) {
-        list.push_back({std::string(path.substr(0, slash)), Access::Look, true});
+    if (startsWith(path, "/")) {
+        auto& list = *static_cast<std::vector<Grant>*>(grants);
+        const Access access = startsWith(name, "ld-") ? Access::Run : Access::Look;
+        list.push_back({std::string(path), access, true});
+        if (startsWith(name, "libc.so")) {
+            list.push_back({std::string(path.substr(0, slash)), Access::Look, true});
+        }
     }
     return 0;
 }
