@@ -38,7 +38,8 @@ set(CPACK_DEBIAN_PLAY_PACKAGE_DEPENDS corvane)
 set(CPACK_DEBIAN_PLAY_PACKAGE_RECOMMENDS "chromium | firefox-esr | www-browser, xdg-utils")
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-set(CPACK_DEBIAN_CORVANE_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_SOURCE_DIR}/deb/conffiles")
+set(CPACK_DEBIAN_CORVANE_PACKAGE_CONTROL_EXTRA
+  "${CMAKE_CURRENT_SOURCE_DIR}/deb/conffiles" "${CMAKE_CURRENT_SOURCE_DIR}/deb/postinst")
 
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -47,6 +48,7 @@ if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   gzip_to("${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian" changelog.Debian)
   install(FILES "${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz" deb/copyright
     DESTINATION share/doc/corvane)
+  install(FILES sysctl/corvane.conf DESTINATION lib/sysctl.d RENAME 50-corvane.conf)
   install(FILES deb/lintian-overrides DESTINATION share/lintian/overrides RENAME corvane)
 
   file(READ "${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian" changes)

@@ -1,7 +1,11 @@
 #include "app/settings.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <climits>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <utility>
@@ -9,6 +13,8 @@
 
 #include "commands/wndutil.h"
 #include "log/default_layout.h"
+#include "platform/guarded_open.h"
+#include "platform/io.h"
 #include "text/exception.h"
 #include "text/strconv.h"
 #include "text/strings.h"
@@ -19,7 +25,25 @@ namespace {
 constexpr int defaultPort = 54321;
 constexpr int largestPort = 65535;
 
+// What keeps a file that is there from being read; empty for nothing, and for a file that is not
+// there.
+std::string obstacleTo(const std::string& path) {
+    const OpenedFile file = openGuarded(AT_FDCWD, path, O_RDONLY);
+    if (file.fd == -1) {
+        return errno == ENOENT ? "" : std::strerror(errno);
+    }
+    if (S_ISFIFO(file.info.st_mode)) {
+        return "it is a pipe";
+    }
+    char first = '\0';
+    return readSome(file.fd, {&first, 1}) == -1 ? std::strerror(errno) : "";
+}
+
+// Who has written a configuration does not want the defaults, which close nothing.
 bool loadIfThere(Properties& store, const std::string& path) {
+    if (const std::string obstacle = obstacleTo(path); !obstacle.empty()) {
+        throw ConfigureFailure("Cannot read the configuration file " + path + ": " + obstacle);
+    }
     try {
         store.load(path);
         return true;

@@ -19,7 +19,7 @@ inline constexpr const char* CONFIG_FILE = "corvane.conf";
 inline constexpr const char* OTHER_CONFIG_FILE = "corvane.cfg";
 
 /// Loads the configuration file from `directory`, which ends with "/". Returns false when there is
-/// none; that is no failure.
+/// none; that is no failure. Throws ConfigureFailure for one that is there and cannot be read.
 bool loadConfiguration(Properties& store, const std::string& directory);
 
 /// The keys of the logging set-up, which gets the whole store (see app/logging.h).

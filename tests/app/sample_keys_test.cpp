@@ -66,7 +66,7 @@ std::map<std::string, std::string> sampleKeys() {
     for (std::string line; std::getline(sample, line);) {
         const std::size_t end = line.find('=');
         const std::string key = line.substr(0, end).substr(line.empty() ? 0 : 1);
-        if (end != std::string::npos && key.find(' ') == std::string::npos &&
+        if (line[0] == '#' && end != std::string::npos && key.find(' ') == std::string::npos &&
             key.rfind("app.", 0) != 0) {
             keys[key] = line.substr(end + 1);
         }

@@ -1,8 +1,14 @@
 #include "app/settings.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 #include "support/scratch_directory.h"
+#include "support/thrown.h"
 #include "text/exception.h"
 
 namespace corvane {
@@ -209,6 +215,21 @@ TEST_F(ConfigurationFileTest, MayBeEmpty) {
     scratch.file("corvane.cfg", "PORT=2\n");
     EXPECT_TRUE(load());
     EXPECT_EQ(settings().server.port, 54321);
+}
+
+TEST_F(ConfigurationFileTest, AreNotTheDefaultsWhenTheFileCannotBeRead) {
+    const std::string path = scratch / "corvane.conf";
+    scratch.file("corvane.cfg", "PORT=2\n");
+    const auto refusal = [this] { return test::thrownBy<ConfigureFailure>([this] { load(); }); };
+    scratch.directory("corvane.conf");
+    EXPECT_EQ(refusal(), "Cannot read the configuration file " + path + ": Is a directory");
+    ASSERT_EQ(::rmdir(path.c_str()), 0);
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(refusal(), "Cannot read the configuration file " + path + ": it is a pipe");
+    ASSERT_EQ(::unlink(path.c_str()), 0);
+    ASSERT_EQ(::symlink("corvane.conf", path.c_str()), 0);
+    EXPECT_EQ(refusal(),
+              "Cannot read the configuration file " + path + ": " + std::strerror(ELOOP));
 }
 
 }  // namespace

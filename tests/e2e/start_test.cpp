@@ -1,6 +1,9 @@
 // Starting: the configuration file, the log, the working directory and the exit status of a start
 // that fails.
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -130,6 +133,20 @@ TEST_F(StartTest, EndsForAnUnknownLogLevelAndOpensNoLog) {
     EXPECT_EQ(server.output(),
               "Initializing app\ncorvane init error:\nInvalid priority (LOUD) in logging "
               "configuration file for category: root\n");
+    EXPECT_FALSE(std::filesystem::exists(server.directory() / "cv0.log"));
+}
+
+TEST_F(StartTest, EndsForAConfigurationThatItCannotRead) {
+    ServerProcess& server = startWith(
+        {.files = {{"corvane.conf", "PORT=0\n"}}, .ownConfiguration = true, .prepare = [] {
+             ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+             ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+             ::chmod("corvane.conf", 0);
+         }});
+    EXPECT_EQ(server.wait(), 255);
+    EXPECT_EQ(server.output(),
+              "Initializing app\ncorvane init error:\nCannot read the configuration file " +
+                  (server.directory() / "corvane.conf") + ": Permission denied\n");
     EXPECT_FALSE(std::filesystem::exists(server.directory() / "cv0.log"));
 }
 

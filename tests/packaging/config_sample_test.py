@@ -60,9 +60,15 @@ class ConfigSampleTest(unittest.TestCase):
     def test_shows_every_key_with_its_default(self):
         self.assertEqual(keys_of_sample(), keys_of_code())
 
-    def test_has_every_key_once_and_nothing_switched_on(self):
-        for line in sample_lines():
-            self.assertTrue(not line or line.startswith("#"), line)
+    def test_switches_on_what_production_needs_with_a_reason_each(self):
+        lines = sample_lines()
+        switched_on = [line for line in lines if line and not line.startswith("#")]
+        self.assertEqual(sorted(switched_on), ["REQUESTTIMEOUT=30", "SAMEUSER=true",
+                                               "TOOLTIMEOUT=10", "log4cpp.priority=NOTICE"])
+        for line in switched_on:
+            self.assertRegex(lines[lines.index(line) - 1], "^# ", line)
+
+    def test_has_every_key_once(self):
         shown = [line for line in sample_lines() if re.match(r"#[\w.]+=", line)]
         self.assertEqual(len(shown), len(keys_of_sample()))
 
