@@ -76,12 +76,17 @@ async function pageMay(browser, known) {
   console.log("the page itself reaches the server, and reads what lies beside it");
 }
 
-async function strangerMayNot(browser, known, server) {
+/** Serves a page of an origin of its own; gives the server and the page's address. */
+async function servePage() {
   const pages = createServer((_request, response) => {
     response.setHeader("Content-Type", "text/html");
     response.end("<!doctype html><title>Any page</title><body></body>");
   });
-  const stranger = `http://127.0.0.1:${await listen(pages)}/`;
+  return [pages, `http://127.0.0.1:${await listen(pages)}/`];
+}
+
+async function strangerMayNot(browser, known, server) {
+  const [pages, stranger] = await servePage();
   const application = await Application.connect(server.port);
   const connections = async () => {
     await application.ask("userName"); // what came before has been accepted
@@ -157,6 +162,22 @@ async function otherTargetsMayNot(known) {
   console.log("another target: no bridge");
 }
 
+/** The bridge alone, for the pages of another web server. */
+async function onlyAllowedOriginsMay(browser, server) {
+  const [pages, allowed] = await servePage();
+  const [others, other] = await servePage();
+  const bridge = await Play.start(program, server.port, "--bridge", "--allow-origin", allowed.slice(0, -1));
+  const file = join(scratch, "over the bridge alone");
+  const target = {bridge: bridge.address, file};
+  assert.equal((await inPage(browser, other, bridgeAttack, target)).result, "closed");
+  assert.ok(!existsSync(file));
+  assert.equal((await inPage(browser, allowed, bridgeAttack, target)).result, "answered");
+  assert.ok(existsSync(file));
+  await bridge.stop();
+  for (const web of [pages, others]) web.close();
+  console.log("the bridge alone: only the page whose origin is allowed");
+}
+
 async function directoryHolds(known) {
   for (const way of WAYS_OUT) {
     const reply = await get(known.port, known.root + way);
@@ -185,6 +206,7 @@ try {
   await wrongTokensMayNot(known);
   await otherTargetsMayNot(known);
   await directoryHolds(known);
+  await onlyAllowedOriginsMay(browser, server);
   assert.ok(play.running && server.running, "both still run");
 } finally {
   await browser.close();

@@ -168,6 +168,25 @@ async function showsTheExplorer(browser, server) {
   await play.stop();
 }
 
+/** What a user reads in place of a movie. */
+async function saysWhatIsMissing(browser, server) {
+  const movie = join(scratch, "here today.swf");
+  cpSync(swf, movie);
+  const play = await Play.start(program, server.port, "--stay", movie);
+  const says = (page, text) => page.waitForFunction((text) => document.getElementById("message").innerText.includes(text), text);
+  const page = await visit(browser, play.address);
+  rmSync(movie);
+  await page.reload();
+  await says(page, "The movie here today.swf is not there.");
+  cpSync(swf, movie);
+  await page.addInitScript(() => { delete window.WebAssembly; });
+  await page.reload();
+  await says(page, "This browser has no WebAssembly");
+  await play.stop();
+  await says(page, "The connection to corvane-play was refused or has ended.");
+  await page.close();
+}
+
 async function run(name, launch) {
   const browser = await launch();
   const server = await Server.start(executable, join(scratch, `server of ${name}`), [], {environment: {HOME: home}});
@@ -184,6 +203,8 @@ async function run(name, launch) {
     console.log(`ok - ${name}: a page shows files without Flash`);
     await showsTheExplorer(browser, server);
     console.log(`ok - ${name}: the Flash explorer goes through the same`);
+    await saysWhatIsMissing(browser, server);
+    console.log(`ok - ${name}: the page says what is missing`);
   } finally {
     await browser.close();
     await play.stop();
