@@ -48,6 +48,9 @@ void addRegistry(Grants& grants) {
 
 Grants grantsOf(const Settings& settings) {
     Grants grants = settings.folders;
+    if (settings.server.sameUser) {
+        add(grants, "/etc/passwd", Access::Look);  // the names of users that are refused
+    }
     if (servesAnyOf(settings.server, {"regQueryValue"})) {
         addRegistry(grants);
     }

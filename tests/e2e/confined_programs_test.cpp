@@ -1,6 +1,7 @@
 // Programs that a confined server starts, and the files that it keeps for itself: each is of use,
 // and none is for clients.
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -201,6 +202,18 @@ TEST_F(ConfinedFilesTest, ThatTellTheUsersNameAreReadBefore) {
     }
     startConfined({.prepare = [&becomeRoot] { becomeRoot(); }});
     EXPECT_EQ(server().request("userName"), success("userName", valueDetail("root"), "userName"));
+}
+
+TEST_F(ConfinedFilesTest, ThatTellTheNamesOfUsersThatAreRefusedAreInReach) {
+    constexpr uid_t stranger = 1;
+    const passwd* const entry = ::getpwuid(stranger);
+    if (::geteuid() != 0 || entry == nullptr) {
+        GTEST_SKIP() << "only the superuser can become another user, who must have a name";
+    }
+    startConfined({.configuration = "SAMEUSER=true\n"});
+    inChild([&] { return ::setuid(stranger) == 0 && server().connect().isEnded() ? 0 : 1; });
+    EXPECT_TRUE(server().waitForLog("of user 1 (" + std::string(entry->pw_name) + ")"));
+    EXPECT_TRUE(fails("readText\n/etc/passwd"));
 }
 
 }  // namespace
