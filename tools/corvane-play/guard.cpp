@@ -40,7 +40,7 @@ bool isSameSecret(std::string_view given, std::string_view expected) {
 
 bool isOwnHost(std::string_view host, std::uint16_t port) {
     const std::string name = corvane::tolower(std::string(host));
-    const std::string end = ":" + std::to_string(port);
+    const std::string end = concatenate(":", std::to_string(port));
     return name == "127.0.0.1" + end || name == "localhost" + end;
 }
 
