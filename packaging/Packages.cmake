@@ -3,7 +3,8 @@ set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VENDOR "Corvane maintainers")
 set(CPACK_PACKAGE_CONTACT "Corvane maintainers <maintainers@corvane.example>")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "local command server for Flash applications")
+# Each package has a summary of its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_DESCRIPTION
 "Gives a Flash application in a local player access to files, directories,
 programs, documents and the player's own window. The application connects to
@@ -11,9 +12,12 @@ the loopback address and sends text requests; each gets one XML reply.
 .
 The package contains the server, the command-line client corvanectl and a
 service for the user's session. Nothing is started by the installation.")
-set(CPACK_COMPONENT_CORVANE_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION}")
-set(CPACK_COMPONENT_PLAY_DESCRIPTION
-"Plays a Flash application in a browser, where the plug-in is gone: one
+# The first line of each is the summary.
+set(CPACK_DEBIAN_CORVANE_DESCRIPTION
+  "local command server for Flash applications\n${CPACK_PACKAGE_DESCRIPTION}")
+set(CPACK_DEBIAN_PLAY_DESCRIPTION
+"plays Flash applications in a browser, with Corvane under them
+Plays a Flash application in a browser, where the plug-in is gone: one
 command serves the movie and a page with Ruffle, connects the page with a
 Corvane server, and shows it in a browser, in full screen on request.
 .

@@ -41,14 +41,13 @@
     });
   };
 
-  let hasTrouble = false;
+  const refusal = "The connection to corvane-play was refused or has ended. Close this page and start corvane-play again.";
   addEventListener("corvane-play", ({detail}) => {
     if (detail === "refused") {
-      say("The connection to corvane-play was refused or has ended. Close this page and start corvane-play again.");
-    } else if (!hasTrouble) {
+      say(refusal);
+    } else if (message.textContent === refusal) {
       say(null);
     }
   });
-  start().catch((error) => say(`The application could not be started: ${error.message ?? error}`))
-    .finally(() => { hasTrouble = !message.hidden; });
+  start().catch((error) => say(`The application could not be started: ${error.message ?? error}`));
 }
