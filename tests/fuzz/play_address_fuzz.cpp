@@ -10,6 +10,7 @@
 #include "corvane-play/request_path.h"
 #include "corvane-play/site.h"
 #include "fuzz/fuzz_target.h"
+#include "text/strings.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ void checkComponents(std::string_view target) {
                 "a component is a name");
         require(!component.empty() || &component == &components->back(),
                 "only the last component is empty");
-        again += "/" + play::escapeComponent(component);
+        again += concatenate("/", play::escapeComponent(component));
     }
     require(play::pathComponents(again) == components, "what is escaped is read as it was");
 }

@@ -31,7 +31,7 @@ std::string findProgram(const std::string& name) {
     return "";
 }
 
-Process::Process(std::vector<std::string> arguments, Output output) {
+Process::Process(const std::vector<std::string>& arguments, Output output) {
     std::array<int, 2> ends{-1, -1};
     if (output == Output::Piped && ::pipe(ends.data()) != 0) {
         throw IOException("pipe() fail", errno);

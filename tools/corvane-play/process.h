@@ -22,7 +22,7 @@ class Process {
 
     /// Starts it in a process group of its own, so that all that it starts ends with it. Throws
     /// IOException.
-    Process(std::vector<std::string> arguments, Output output);
+    Process(const std::vector<std::string>& arguments, Output output);
     /// Ends it as stop() does.
     ~Process();
     Process(const Process&) = delete;

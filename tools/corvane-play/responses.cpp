@@ -55,7 +55,7 @@ TextResponse messagePage(const Request& request, http::status status, std::strin
 }
 
 std::string generatedText(const Found& found, const Site& site) {
-    constexpr std::uint64_t longestPage = 16 * 1024 * 1024;
+    constexpr std::uint64_t longestPage = std::uint64_t{16} * 1024 * 1024;
     if (found.isSettings) {
         return site.settings;
     }
