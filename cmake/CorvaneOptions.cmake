@@ -20,23 +20,51 @@ endif()
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# What makes a mistake in the installed programs harder to exploit. It is for optimised builds without
+# sanitizers, which look for the same and more; the tests themselves do without. Older compilers and
+# C libraries take _FORTIFY_SOURCE=3 for 2.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT CORVANE_SANITIZE AND NOT CORVANE_FUZZ)
+  set(CORVANE_HARDEN_COMPILE -fstack-protector-strong)
+  if(NOT APPLE)
+    list(APPEND CORVANE_HARDEN_COMPILE
+      -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-clash-protection -fPIE)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i.86)$")
+      list(APPEND CORVANE_HARDEN_COMPILE -fcf-protection)
+    elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+      list(APPEND CORVANE_HARDEN_COMPILE -mbranch-protection=standard)
+    endif()
+    set(CORVANE_HARDEN_LINK
+      -pie -Wl,-z,relro,-z,now -Wl,-z,noexecstack,-z,separate-code)
+  endif()
+endif()
+
+# corvane_harden(TARGETS...): programs that are installed, and libraries of theirs that
+# corvane_library() has not made.
+function(corvane_harden)
+  foreach(target IN LISTS ARGN)
+    target_compile_options(${target} PRIVATE ${CORVANE_HARDEN_COMPILE})
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+      target_link_options(${target} PRIVATE ${CORVANE_HARDEN_COMPILE} ${CORVANE_HARDEN_LINK})
+    endif()
+  endforeach()
+endfunction()
+
 # corvane_library(NAME SOURCES... [LINK libraries...]): one static library of the program.
 function(corvane_library name)
   cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
   add_library(${name} STATIC ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PUBLIC corvane_options ${ARG_LINK})
   target_compile_options(${name} PRIVATE ${CORVANE_LTO_COMPILE})
+  corvane_harden(${name})
 endfunction()
 
 # The libraries carry ordinary code as well, so that only the installed programs are optimised when
-# they are linked, and tests link quickly. Calls of shared libraries go straight through a table that
-# is filled at the start and read-only from then on.
+# they are linked, and tests link quickly. Calls of shared libraries go straight through the table
+# that is filled at the start.
 if(CORVANE_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   set(CORVANE_LTO_COMPILE -flto=auto -ffat-lto-objects -fno-plt)
   set(CORVANE_LTO_LINK -flto=auto -fno-plt)
-  if(NOT APPLE)
-    list(APPEND CORVANE_LTO_LINK -Wl,-z,relro,-z,now)
-  endif()
 endif()
 
 # corvane_test(NAME SOURCES... [PREFIX text] [LINK libraries...]): one GoogleTest program, each test

@@ -30,7 +30,8 @@ log4cpp::Category& executeLog() {
     const int error = errno;
     std::array<char, 64> message{};
     const int length = std::snprintf(message.data(), message.size(), "execv() fail err %d", error);
-    static_cast<void>(::write(STDERR_FILENO, message.data(), static_cast<std::size_t>(length)));
+    [[maybe_unused]] const ssize_t written =
+        ::write(STDERR_FILENO, message.data(), static_cast<std::size_t>(length));
     ::_exit(error);
 }
 
