@@ -71,11 +71,12 @@ compile() {
     quietly cmake --build "$1" --target "$2" --parallel "$(nproc)" -- --quiet -k 0
 }
 
+# The libraries for architecture $1; GoogleTest is among them unless $googletest is empty.
 build_libraries() {
     local arch=$1 directory=$build/libraries-$1
     configure "$directory" "$arch" -G Ninja -S "$here/libraries" -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_INSTALL_PREFIX="$directory/installed" -DZLIB_SOURCE="$build/sources/zlib" \
-        -DLOG4CPP_SOURCE="$log4cpp" -DGOOGLETEST_SOURCE="$build/sources/googletest"
+        -DLOG4CPP_SOURCE="$log4cpp" -DGOOGLETEST_SOURCE="${googletest-$build/sources/googletest}"
     compile "$directory" install
 }
 

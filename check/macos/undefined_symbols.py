@@ -21,6 +21,7 @@ MACHINES = {0x01000007: "x86_64", 0x0100000C: "arm64"}
 OLDEST = {"x86_64": (10, 13), "arm64": (11, 0)}
 LOAD_DYLIB = {0xC, 0x80000018, 0x8000001F}  # plain, weak, re-exported
 LOAD_SYMTAB = 0x2
+CODE_SIGNATURE = 0x1D
 VERSION_MIN, BUILD_VERSION = 0x24, 0x32
 
 # Of a symbol's type byte and description, as <mach-o/nlist.h> has them.
@@ -41,11 +42,11 @@ def text_at(data, offset):
 
 
 class MachO:
-    """An executable: its machine, its oldest system as (major, minor), and its undefined symbols as
-    (name, library) pairs, without weak references."""
+    """An executable for one machine: which, its oldest system as (major, minor), the libraries that it
+    loads, whether it is signed, and its undefined symbols as (name, library) pairs, without weak
+    references. `path` is for messages."""
 
-    def __init__(self, path):
-        data = pathlib.Path(path).read_bytes()
+    def __init__(self, data, path):
         magic, cpu, _, _, commands, _, _, _ = struct.unpack_from("<8I", data)
         if magic != MAGIC_64 or cpu not in MACHINES:
             raise ValueError(f"{path}: not a 64-bit Mach-O file")
@@ -53,6 +54,7 @@ class MachO:
         self.oldest = None
         self.libraries = []
         self.undefined = []
+        self.signed = False
         offset = 32
         for _ in range(commands):
             command, size = struct.unpack_from("<2I", data, offset)
@@ -61,6 +63,8 @@ class MachO:
                 self.libraries.append(text_at(data, offset + name))
             elif command == LOAD_SYMTAB:
                 symtab = struct.unpack_from("<3I", data, offset + 8)
+            elif command == CODE_SIGNATURE:
+                self.signed = True
             elif command in (VERSION_MIN, BUILD_VERSION):
                 (version,) = struct.unpack_from("<I", data, offset + (8 if command == VERSION_MIN else 12))
                 self.oldest = (version >> 16, version >> 8 & 0xFF)
@@ -92,7 +96,7 @@ def known_symbols():
 
 def judge(path, tolerated, known):
     """Prints what `path` leaves undefined; returns whether all of it is expected."""
-    program = MachO(path)
+    program = MachO(pathlib.Path(path).read_bytes(), path)
     system = [name for name, library in program.undefined if library.startswith(SYSTEM_LIBRARY)]
     others = [pair for pair in program.undefined if not pair[1].startswith(SYSTEM_LIBRARY)]
     print(f"{program.machine} {pathlib.Path(path).name}: {len(system)} undefined symbols of the C "

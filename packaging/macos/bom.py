@@ -1,7 +1,6 @@
 """Writes a "bill of materials", the list of what a package installs, which Installer keeps as the
 package's receipt. The file is a store of numbered blocks, some of which have names; its numbers are
-big-endian. Neither Debian nor PyPI has a program that writes one, and the crate apple-bom stops with an
-error at every path.
+big-endian. Neither Debian nor PyPI has a program that writes one.
 """
 import struct
 
