@@ -5,10 +5,10 @@
 #
 # LOG4CPP_DIRECTORY holds the sources of log4cpp, with its directories "src" and "include"; those of the
 # release are in "log4cpp". Without it the library of the release is linked, which gives the program of
-# the release. The outcome is corvane-x86_64 and corvane-arm64. Wants Python 3 with venv, from which it
+# the release. The outcome is x86_64/corvane and arm64/corvane. Wants Python 3 with venv, from which it
 # installs the compiler of the release the first time. On a Mac join and sign them then:
 #
-#     lipo -create corvane-x86_64 corvane-arm64 -output corvane && codesign --sign - corvane
+#     lipo -create x86_64/corvane arm64/corvane -output corvane && codesign --sign - corvane
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -48,7 +48,7 @@ link_server() {
         fi
     done < "$directory/files.txt"
     "${zig[@]}" c++ -target "$target" -O2 -Wl,-headerpad_max_install_names -s "${inputs[@]}" \
-        -o "corvane-$directory"
+        -o "$directory/corvane"
 }
 
 get_compiler

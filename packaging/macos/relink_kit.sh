@@ -48,7 +48,7 @@ make_relink_kit() {
     install -m 644 "$root/LICENSE" "$kit/"
     ZIG=$zig quietly "$kit/relink.sh"
     for arch in arm64 x86_64; do
-        cmp "$kit/corvane-$arch" "$build/release-$arch/corvane" || die "the kit gives another server"
+        cmp "$kit/$arch/corvane" "$build/release-$arch/corvane" || die "the kit gives another server"
     done
-    rm "$kit"/corvane-*
+    rm "$kit"/{arm64,x86_64}/corvane
 }
