@@ -63,6 +63,12 @@ int openat(int directory, const char* path, int flags, ...) {
     return isTheOne("openat") ? -1 : next(directory, path, flags, mode);
 }
 
+// The same calls of a program with fortified functions (feature_test_macros(7)).
+int __open_2(const char* path, int flags) { return open(path, flags); }
+int __openat_2(int directory, const char* path, int flags) {
+    return openat(directory, path, flags);
+}
+
 // As the system does it: the descriptor is gone although the call fails. "close_written" is the end
 // of a file that was written, which tells of what could not be stored (NFS, quotas).
 int close(int fd) {

@@ -62,6 +62,12 @@ extern "C" int openat(int directory, const char* path, int flags, ...) {
     return next(directory, path, flags, mode);
 }
 
+// The same calls of the code below, whose functions are fortified (feature_test_macros(7)).
+extern "C" int __open_2(const char* path, int flags) { return open(path, flags); }
+extern "C" int __openat_2(int directory, const char* path, int flags) {
+    return openat(directory, path, flags);
+}
+
 extern "C" dirent* readdir(DIR* directory) {
     static const auto next = reinterpret_cast<decltype(&readdir)>(::dlsym(RTLD_NEXT, "readdir"));
     if (corvane::entriesLeft == 0) {
