@@ -15,15 +15,17 @@ from pathlib import Path
 CMAKE, BUILD, COMPILER = sys.argv[1:4]
 X86 = platform.machine() in ("x86_64", "i686")
 BRANCH_TARGET = b"\xf3\x0f\x1e\xfa" if X86 else None  # endbr64
-FLAGS = ["-fstack-protector-strong", "-D_FORTIFY_SOURCE=3", "-fstack-clash-protection", "-fPIE",
+FLAGS = ["-fstack-protector-strong", "-D_FORTIFY_SOURCE=3", "-D_GLIBCXX_ASSERTIONS",
+         "-fstack-clash-protection", "-fPIE",
          "-fcf-protection" if X86 else "-mbranch-protection=standard"]
 SAMPLE = """
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 int work(char* text) {
     char room[64];
     std::strcpy(room, text);
-    return std::puts(room);
+    return std::puts(room) + std::string_view(room)[std::strlen(text) / 2];
 }
 int main(int, char** arguments) { return work(arguments[0]); }
 """
@@ -52,6 +54,7 @@ def missing_in(program):
         "separate code": all("E" not in flags for kind, offset, flags in segments
                              if kind == "LOAD" and int(offset, 16) == 0),
         "stack protector": "__stack_chk_fail" in symbols,
+        "checked containers": "__glibcxx_assert_fail" in symbols,
         "fortified functions": re.search(r"\b__(?!stack_chk)\w+_chk\b", symbols),
     }
     if BRANCH_TARGET:
@@ -89,7 +92,7 @@ class HardeningTest(unittest.TestCase):
     def build_sample(self, compile_flags, link_flags):
         source, program = self.scratch / "sample.cpp", self.scratch / "sample"
         source.write_text(SAMPLE)
-        subprocess.run([COMPILER, "-O2", "-U_FORTIFY_SOURCE", *FLAGS, *compile_flags, source, "-o",
+        subprocess.run([COMPILER, "-std=c++20", "-O2", "-U_FORTIFY_SOURCE", *FLAGS, *compile_flags, source, "-o",
                         program, *SAMPLE_LINK, *link_flags], check=True)
         return missing_in(program)
 
@@ -98,6 +101,7 @@ class HardeningTest(unittest.TestCase):
                 ([], [], []),
                 (["stack protector"], ["-fno-stack-protector"], []),
                 (["fortified functions"], ["-U_FORTIFY_SOURCE"], []),
+                (["checked containers"], ["-U_GLIBCXX_ASSERTIONS"], []),
                 (["position independent"], ["-fno-pie"], ["-no-pie"]),
                 (["bound at the start"], [], ["-Wl,-z,lazy"]),
                 (["relocations read-only"], [], ["-Wl,-z,norelro"]),
