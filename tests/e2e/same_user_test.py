@@ -142,4 +142,4 @@ if __name__ == "__main__":
     if sys.argv[1] == "--exchange":
         sys.stdout.write(exchange(int(sys.argv[3]), sys.argv[2]))
     else:
-        unittest.main(argv=sys.argv[:1])
+        unittest.main(argv=sys.argv[:1], verbosity=2)

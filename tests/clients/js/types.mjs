@@ -8,7 +8,7 @@ import {fileURLToPath} from "node:url";
 const here = fileURLToPath(new URL(".", import.meta.url));
 const compiler = `${here}/node_modules/typescript/bin/tsc`;
 if (!existsSync(compiler)) {
-  console.log("No TypeScript here: script/test-clients installs it");
+  console.log("skipped: no TypeScript here, script/test-clients installs it");
   process.exit(77);
 }
 for (const resolution of [[], ["--module", "ESNext", "--moduleResolution", "Bundler"]]) {
