@@ -21,10 +21,15 @@ const play = await Play.read(demo, ["files"], {CORVANE_EXECUTABLE: executable, T
 const browser = await launchChromium(join(scratch, "profile"));
 try {
   const page = browser.pages()[0];
+  const missing = [];
+  page.on("response", (response) => { if (response.status() >= 400) missing.push(response.url()); });
   await page.goto(play.address);
   await page.getByText("readme.txt").click();
   await page.waitForFunction(() => document.getElementById("text").textContent.startsWith("Welcome!"));
   console.log("ok - the demonstration shows its samples");
+  assert.equal(await page.evaluate(async () => (await fetch(document.querySelector('link[rel~="icon"]').href)).status), 200);
+  assert.deepEqual(missing, []);
+  console.log("ok - the page asks for nothing that is not there, and has an icon");
   if (play.said.includes("cannot confine")) {
     console.log("skipped - the demonstration shows nothing else: this kernel cannot confine the server");
   } else {

@@ -19,6 +19,9 @@ export class Movie {
   #results;
   #pictures = 0;
 
+  /** Addresses that were asked for and not there, with the status. */
+  missing = [];
+
   /** Where the stage begins on the page. */
   #corner;
 
@@ -29,6 +32,9 @@ export class Movie {
     movie.#context = context;
     movie.#results = results;
     movie.wire = await Wire.tap(movie.#page);
+    movie.#page.on("response", (response) => {
+      if (response.status() >= 400) movie.missing.push(`${response.status()} ${response.url()}`);
+    });
     movie.#page.on("console", (line) => appendFileSync(join(results, "console.log"), line.text() + "\n"));
     await movie.#page.goto(url);
     await movie.loaded();
@@ -40,6 +46,17 @@ export class Movie {
     await this.#page.waitForFunction((player) => typeof document.querySelector(player)?.state === "function", PLAYER, {timeout: 30000});
     const {x, y} = await this.#page.locator(PLAYER).boundingBox();
     this.#corner = [x, y];
+  }
+
+  /** Gives the page another size, and the movie the time to notice. */
+  async resize(width, height) {
+    await this.#page.setViewportSize({width, height});
+    await pause(PAINTING);
+  }
+
+  /** The middle of the control of that name in pixels of the page; null when there is none. */
+  whereIs(name) {
+    return this.#ask("whereIs", name);
   }
 
   /** The movie on a page that another has opened. */
@@ -101,6 +118,16 @@ export class Movie {
 
   async type(text) {
     await this.#page.keyboard.type(text, {delay: 15});
+    await pause(120);
+  }
+
+  /** A key that is held until it has repeated itself. */
+  async hold(key) {
+    for (let count = 0; count < 4; count++) {
+      await this.#page.keyboard.down(key);
+      await pause(120);
+    }
+    await this.#page.keyboard.up(key);
     await pause(120);
   }
 

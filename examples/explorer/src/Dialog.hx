@@ -6,7 +6,7 @@ import flash.text.TextField;
 import flash.text.TextFieldType;
 import flash.ui.Keyboard;
 
-/** A card over the darkened stage; only one is open at a time. Escape closes it. **/
+/** A card over the darkened window; only one is open at a time. Escape closes it. **/
 class Dialog extends Sprite {
   static inline final MARGIN = 24;
 
@@ -21,9 +21,6 @@ class Dialog extends Sprite {
     super();
     name = "dialog";
     cardWidth = width;
-    graphics.beginFill(0x10162A, 0.45);
-    graphics.drawRect(0, 0, Theme.WIDTH, Theme.HEIGHT);
-    graphics.endFill();
     back.filters = [Theme.shadow()];
     card.addChild(back);
     card.addChild(boxes);
@@ -85,16 +82,25 @@ class Dialog extends Sprite {
     nextY += 40 + MARGIN;
   }
 
-  /** Opens the dialog in the middle of the stage, the text of `field` selected. **/
+  /** Opens the dialog in the middle of the window, the text of `field` selected. **/
   public function show(owner:Sprite, field:Null<TextField> = null):Void {
     Theme.box(back.graphics, 0, 0, cardWidth, nextY, Theme.CARD, 12);
-    card.x = (Theme.WIDTH - cardWidth) / 2;
-    card.y = (Theme.HEIGHT - nextY) / 2;
     owner.addChild(this);
+    resize();
     focusRect = false;
     stage.focus = field == null ? this : field;
     if (field != null)
       field.setSelection(0, field.length);
+  }
+
+  /** Darkens what is behind it and stays in the middle. **/
+  public function resize():Void {
+    graphics.clear();
+    graphics.beginFill(0x10162A, 0.45);
+    graphics.drawRect(0, 0, Window.width(), Window.height());
+    graphics.endFill();
+    card.x = Math.round((Window.width() - cardWidth) / 2);
+    card.y = Math.round((Window.height() - nextY) / 2);
   }
 
   /** The keys are the dialog's alone: what is behind it must not act on them as well. **/

@@ -6,6 +6,7 @@ import flash.Lib;
 import flash.display.Sprite;
 import flash.display.StageAlign;
 import flash.display.StageScaleMode;
+import flash.events.Event;
 import flash.events.KeyboardEvent;
 import flash.ui.Keyboard;
 
@@ -19,7 +20,9 @@ class Explorer extends Sprite {
   static inline final GAP = 16;
   static inline final LEFT = Sidebar.WIDTH;
   static inline final TOP = 104;
-  static inline final LIST_WIDTH = 320;
+
+  /** Of what the list and the preview share. **/
+  static inline final LIST_PART = 0.55;
 
   final client:CorvaneClient;
   final sidebar:Sidebar;
@@ -28,10 +31,14 @@ class Explorer extends Sprite {
   final preview:Preview;
   final status:StatusBar;
   final work:FileWork;
+  final questions:Questions;
+  final refreshButton:Button;
   final onSelection:Array<Button> = [];
   var directory = "";
   var user = "Connected";
-  var dialog:Null<Dialog> = null;
+
+  /** The key that is down: one that repeats itself opens nothing twice. **/
+  var held:UInt = 0;
 
   static function main() {
     haxe.Log.trace = (value, ?position) -> Lib.trace(value);
@@ -47,31 +54,52 @@ class Explorer extends Sprite {
     var port = parameters.port == null ? 54321 : Std.parseInt(parameters.port);
     client = new CorvaneClient(host, port);
     work = new FileWork(client, refresh, text -> refreshAfter(text));
-
-    var listHeight = Theme.HEIGHT - StatusBar.HEIGHT - TOP - 10;
     sidebar = new Sidebar(host + ":" + port);
-    pathBar = new PathBar(LEFT + GAP + 42, 14, Theme.WIDTH - LEFT - 2 * GAP - 84);
-    list = new FileList(LEFT + GAP, TOP, LIST_WIDTH, listHeight);
-    preview = new Preview(client, LEFT + GAP + LIST_WIDTH + 12, TOP, Theme.WIDTH - LEFT - LIST_WIDTH - 2 * GAP - 12, listHeight);
-    status = new StatusBar(LEFT, Theme.HEIGHT - StatusBar.HEIGHT, Theme.WIDTH - LEFT);
-    graphics.beginFill(Theme.PAGE);
-    graphics.drawRect(0, 0, Theme.WIDTH, Theme.HEIGHT);
-    graphics.endFill();
+    pathBar = new PathBar();
+    list = new FileList();
+    preview = new Preview(client);
+    status = new StatusBar();
+    questions = new Questions(this, work, list.has);
     for (part in ([sidebar, pathBar, list, preview, status] : Array<Sprite>))
       addChild(part);
+    addSquare("Up", Up, () -> open(Names.parent(directory))).x = LEFT + GAP;
+    refreshButton = addSquare("Refresh", Refresh, () -> open(directory));
     addTools();
+    arrange();
     pathBar.onOpen = path -> open(path);
     list.onSelect = select;
     list.onOpen = enter;
     preview.onOpen = enter;
     Lib.current.stage.addEventListener(KeyboardEvent.KEY_DOWN, onKey);
+    Lib.current.stage.addEventListener(KeyboardEvent.KEY_UP, event -> held = 0);
+    Lib.current.stage.addEventListener(Event.RESIZE, event -> arrange());
     Automation.offer(Lib.current.stage, state);
     begin(parameters.dir);
   }
 
+  /** Fills the window. **/
+  function arrange():Void {
+    scaleX = scaleY = Window.scale();
+    var width = Window.width();
+    var height = Window.height();
+    graphics.clear();
+    graphics.beginFill(Theme.PAGE);
+    graphics.drawRect(0, 0, width, height);
+    graphics.endFill();
+    var right = width - GAP;
+    var left = LEFT + GAP;
+    var boxes = height - StatusBar.HEIGHT - TOP - 10;
+    var listWidth = Math.round((right - left - 12) * LIST_PART);
+    sidebar.resize(height);
+    pathBar.place(left + 42, 14, right - left - 84);
+    refreshButton.x = right - 34;
+    list.place(left, TOP, listWidth, boxes);
+    preview.place(left + listWidth + 12, TOP, right - left - listWidth - 12, boxes);
+    status.place(LEFT, height - StatusBar.HEIGHT, width - LEFT);
+    questions.resize();
+  }
+
   function addTools():Void {
-    addSquare("Up", Up, LEFT + GAP, () -> open(Names.parent(directory)));
-    addSquare("Refresh", Refresh, Theme.WIDTH - GAP - 34, () -> open(directory));
     var x:Float = LEFT + GAP;
     var add = (title, glyph, gap:Int, onClick) -> {
       var button = new Button(title, glyph, ButtonStyle.TOOL, 0, 32, onClick);
@@ -81,19 +109,19 @@ class Explorer extends Sprite {
       addChild(button);
       return button;
     };
-    add("New folder", FolderPlus, 0, askForDirectory);
-    add("New file", FilePlus, 0, askForFile);
-    onSelection.push(add("Rename", Pencil, 12, askForNewName));
-    onSelection.push(add("Copy", Copies, 0, askForCopy));
-    onSelection.push(add("Delete", Bin, 0, askToDelete));
+    add("New folder", FolderPlus, 0, () -> questions.newDirectory(directory));
+    add("New file", FilePlus, 0, () -> questions.newFile(directory));
+    onSelection.push(add("Rename", Pencil, 12, () -> questions.newName(directory, list.selected)));
+    onSelection.push(add("Copy", Copies, 0, () -> questions.copy(directory, list.selected)));
+    onSelection.push(add("Delete", Bin, 0, () -> questions.deletion(directory, list.selected)));
     enableTools();
   }
 
-  function addSquare(title:String, glyph, x:Float, onClick:() -> Void):Void {
+  function addSquare(title:String, glyph, onClick:() -> Void):Button {
     var button = new Button(title, glyph, ButtonStyle.TOOL, 34, 34, onClick, true);
-    button.x = x;
     button.y = 14;
     addChild(button);
+    return button;
   }
 
   /** The places are known only when the server has told them; the answers come in this order. **/
@@ -116,16 +144,8 @@ class Explorer extends Sprite {
     client.currentDir(outcome -> {
       addPlace("Server", Server, outcome.value);
       sidebar.beginTools();
-      sidebar.addTool("Registry", Key, () -> {
-        var registry = new RegistryDialog(client);
-        dialog = registry;
-        registry.open(this);
-      });
-      sidebar.addTool("Screen", Screen, () -> {
-        var screen = new ScreenDialog(client);
-        dialog = screen;
-        screen.open(this);
-      });
+      sidebar.addTool("Registry", Key, () -> questions.registry(client));
+      sidebar.addTool("Screen", Screen, () -> questions.screen(client));
     });
   }
 
@@ -159,9 +179,19 @@ class Explorer extends Sprite {
     sidebar.showConnection(sound, sound ? user : "Not connected");
   }
 
+  /** A link to a directory is listed like a file: whatever can be listed is opened as a directory. **/
   function enter(entry:Entry):Void {
-    if (entry.isDirectory())
-      open(Names.join(directory, entry.name));
+    var path = Names.join(directory, entry.name);
+    if (entry.isDirectory()) {
+      open(path);
+      return;
+    }
+    client.listDir(Names.join(path, ""), outcome -> {
+      if (outcome.ok)
+        open(path);
+      else
+        work.open(path, text -> status.show(text, false));
+    });
   }
 
   function select(entry:Null<Entry>):Void {
@@ -183,56 +213,22 @@ class Explorer extends Sprite {
     open(directory, list.selected == null ? null : Names.plain(list.selected.name), failure, true);
   }
 
-  function askForDirectory():Void {
-    askForName("New folder", "Create", "New folder", 0, (name, text) -> work.makeDirectory(directory, name));
-  }
-
-  function askForFile():Void {
-    askForName("New text file", "Save", "notes.txt", 8, (name, text) -> work.writeFile(directory, name, text));
-  }
-
-  function askForNewName():Void {
-    var entry = list.selected;
-    askForName("Rename", "Rename", Names.plain(entry.name), 0, (name, text) -> work.rename(directory, entry, name));
-  }
-
-  function askForCopy():Void {
-    var entry = list.selected;
-    askForName("Copy", "Copy", Names.forCopy(Names.plain(entry.name)), 0, (name, text) -> work.copy(directory, entry, name));
-  }
-
-  function askForName(title:String, action:String, name:String, lines:Int, done:(String, String) -> Void):Void {
-    var question = new NameDialog(title, action, name, lines, problem, done);
-    dialog = question;
-    question.open(this);
-  }
-
-  /** The server would write over a file of that name without a question. **/
-  function problem(name:String):Null<String> {
-    if (name == "" || name == "." || name == ".." || ~/[\/\\?*]/.match(name))
-      return "A name cannot be empty or hold / \\ ? *";
-    return list.has(name) ? "There is already an entry of this name" : null;
-  }
-
-  function askToDelete():Void {
-    var entry = list.selected;
-    var name = Names.plain(entry.name);
-    var text = entry.isDirectory() ? 'The folder "$name" and all that is in it will be removed for good.' : '"$name" will be removed for good.';
-    dialog = new ConfirmDialog("Delete?", text, "Delete", () -> work.remove(directory, entry));
-    dialog.show(this);
-  }
-
   function onKey(event:KeyboardEvent):Void {
-    if (dialog != null && dialog.parent != null)
+    if (questions.isOpen())
       return;
+    var repeated = event.keyCode == held;
+    held = event.keyCode;
     switch (event.keyCode) {
       case Keyboard.UP:
         list.move(-1);
       case Keyboard.DOWN:
         list.move(1);
       case Keyboard.ENTER:
-        if (list.selected != null)
+        if (list.selected != null && !repeated)
           enter(list.selected);
+      case Keyboard.DELETE:
+        if (list.selected != null)
+          questions.deletion(directory, list.selected);
       case Keyboard.BACKSPACE:
         open(Names.parent(directory));
     }
@@ -245,7 +241,7 @@ class Explorer extends Sprite {
       selected: list.selected == null ? "" : list.selected.name,
       preview: preview.text(),
       status: status.text(),
-      dialog: dialog != null && dialog.parent != null
+      dialog: questions.isOpen()
     };
   }
 }

@@ -17,34 +17,45 @@ class FileList extends Sprite {
   /** Milliseconds between the two clicks that open an entry. **/
   static inline final DOUBLE_CLICK = 450;
 
-  final boxWidth:Float;
   final rows:Array<Row> = [];
   final heading:TextField;
   final empty:TextField;
   final thumb = new Sprite();
-  final trackHeight:Float;
+  var boxWidth = 0.0;
+  var trackHeight = 0.0;
   var first = 0;
   var grabbed = 0.0;
   var lastClick = -DOUBLE_CLICK;
 
-  public function new(x:Float, y:Float, width:Float, height:Float) {
+  public function new() {
     super();
+    heading = Theme.label("", 11, Theme.MUTED, 14, 8);
+    empty = Theme.label("This folder is empty", 13, Theme.FAINT, 0, 0);
+    addChild(heading);
+    addChild(empty);
+    addThumb();
+    addEventListener(MouseEvent.MOUSE_WHEEL, event -> scrollTo(first - event.delta));
+  }
+
+  public function place(x:Float, y:Float, width:Float, height:Float):Void {
     this.x = x;
     this.y = y;
     boxWidth = width;
+    graphics.clear();
     Theme.card(graphics, 0, 0, width, height);
     graphics.beginFill(Theme.LINE);
     graphics.drawRect(1, HEADER - 1, width - 2, 1);
     graphics.endFill();
-    heading = Theme.label("", 11, Theme.MUTED, 14, 8);
-    empty = Theme.label("This folder is empty", 13, Theme.FAINT, 0, height / 2 - 10);
-    addChild(heading);
-    addChild(empty);
-    for (index in 0...Std.int((height - HEADER - 4) / Row.HEIGHT))
-      addRow(index);
+    empty.x = (width - empty.width) / 2;
+    empty.y = height / 2 - 10;
+    thumb.x = width - 7;
+    var fitting = Std.int((height - HEADER - 4) / Row.HEIGHT);
+    while (rows.length > fitting)
+      removeChild(rows.pop());
+    while (rows.length < fitting)
+      addRow(rows.length);
     trackHeight = rows.length * Row.HEIGHT;
-    addThumb();
-    addEventListener(MouseEvent.MOUSE_WHEEL, event -> scrollTo(first - event.delta));
+    scrollTo(first);
   }
 
   public function show(entries:Array<Entry>, select:Null<String>):Void {
@@ -59,7 +70,6 @@ class FileList extends Sprite {
     }
     heading.text = summary();
     empty.visible = entries.length == 0;
-    empty.x = (boxWidth - empty.width) / 2;
     scrollTo(first);
   }
 
@@ -77,13 +87,13 @@ class FileList extends Sprite {
   }
 
   function addRow(index:Int):Void {
-    var row = new Row(boxWidth);
+    var row = new Row();
     row.y = HEADER + 1 + index * Row.HEIGHT;
     row.addEventListener(MouseEvent.ROLL_OVER, event -> row.hover(true));
     row.addEventListener(MouseEvent.ROLL_OUT, event -> row.hover(false));
     row.addEventListener(MouseEvent.CLICK, event -> onClick(row.entry));
     rows.push(row);
-    addChild(row);
+    addChildAt(row, 0); // below the thumb
   }
 
   function onClick(entry:Entry):Void {
@@ -105,14 +115,13 @@ class FileList extends Sprite {
     first = within(row, entries.length - rows.length);
     for (index => row in rows) {
       var entry = entries[first + index];
-      row.show(entry, entry != null && entry == selected);
+      row.show(entry, entry != null && entry == selected, boxWidth);
     }
     drawThumb();
   }
 
   function addThumb():Void {
     thumb.buttonMode = true;
-    thumb.x = boxWidth - 7;
     addChild(thumb);
     thumb.addEventListener(MouseEvent.MOUSE_DOWN, event -> {
       grabbed = mouseY - thumb.y;

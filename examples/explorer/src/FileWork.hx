@@ -29,6 +29,18 @@ class FileWork {
     client.delete(Names.join(directory, name), after(() -> done('"$name" deleted', ""), "delete", name));
   }
 
+  /**
+    Opens a file with its application, on the machine of the server, or starts a program. The server
+    cuts its target at a "?" and takes ":/" for an address: it would open something else.
+  **/
+  public function open(path:String, opened:(text:String) -> Void):Void {
+    var name = path.substr(path.lastIndexOf("/") + 1);
+    if (~/\?|:\//.match(path))
+      failed('Could not open "$name": the server opens no path with "?" or ":/" in it');
+    else
+      client.execute(path, after(() -> opened('"$name" handed to its application'), "open", name));
+  }
+
   public function copy(directory:String, entry:Entry, name:String):Void {
     copyTo(directory, entry, name, () -> done('Copied to "$name"', name));
   }

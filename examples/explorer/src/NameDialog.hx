@@ -1,10 +1,9 @@
 import Button.ButtonStyle;
-import flash.display.Sprite;
 import flash.text.TextField;
 
 /** Asks for the name of a file or folder and, when there are `lines`, for the text of a file. **/
 class NameDialog extends Dialog {
-  final nameField:TextField;
+  public final nameField:TextField;
 
   /** `problem` says what is wrong with a name, or null; `done` gets the name and the text. **/
   public function new(title:String, action:String, name:String, lines:Int, problem:String->Null<String>, done:(String, String) -> Void) {
@@ -24,9 +23,5 @@ class NameDialog extends Dialog {
       // The player separates the lines of a text field with carriage returns.
       done(nameField.text, textField == null ? "" : StringTools.replace(textField.text, "\r", "\n"));
     });
-  }
-
-  public function open(owner:Sprite):Void {
-    show(owner, nameField);
   }
 }

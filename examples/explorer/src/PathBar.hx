@@ -7,20 +7,28 @@ class PathBar extends Sprite {
 
   public var onOpen:(directory:String) -> Void = directory -> {};
 
-  final barWidth:Float;
   final crumbs = new Sprite();
+  var barWidth = 0.0;
+  var directory = "";
 
-  public function new(x:Float, y:Float, width:Float) {
+  public function new() {
     super();
+    addChild(crumbs);
+  }
+
+  public function place(x:Float, y:Float, width:Float):Void {
     this.x = x;
     this.y = y;
     barWidth = width;
+    graphics.clear();
     Theme.card(graphics, 0, 0, width, HEIGHT);
-    addChild(crumbs);
+    if (directory != "")
+      show(directory);
   }
 
   /** Leaves out directories at the front when there is no room for all. **/
   public function show(directory:String):Void {
+    this.directory = directory;
     crumbs.removeChildren();
     var at = barWidth - 6;
     var first = true;

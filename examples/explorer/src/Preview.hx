@@ -16,8 +16,6 @@ class Preview extends Sprite {
   static inline final BODY = 92;
 
   final client:CorvaneClient;
-  final boxWidth:Float;
-  final boxHeight:Float;
   final icon = new EntryIcon(16, 18, 48);
   final title:TextField;
   final caption:TextField;
@@ -25,30 +23,43 @@ class Preview extends Sprite {
   final body:TextField;
   final message:TextField;
   final open:Button;
+  var boxWidth = 0.0;
+  var boxHeight = 0.0;
   var entry:Null<Entry> = null;
 
   /** Counts the selections: an answer that belongs to an earlier one is dropped. **/
   var generation = 0;
 
-  public function new(client:CorvaneClient, x:Float, y:Float, width:Float, height:Float) {
+  public function new(client:CorvaneClient) {
     super();
     this.client = client;
-    this.x = x;
-    this.y = y;
-    boxWidth = width;
-    boxHeight = height;
-    Theme.card(graphics, 0, 0, width, height);
     title = Theme.label("", 15, Theme.INK, 76, 22);
     caption = Theme.label("", 11, Theme.MUTED, 76, 44);
-    body = Theme.block(12, Theme.INK, 22, BODY + 8, width - 38, height - BODY - 28, true);
+    body = Theme.block(12, Theme.INK, 22, BODY + 8, 1, 1, true);
     body.selectable = true;
-    message = Theme.label("Select a file to see what is in it", 12, Theme.FAINT, 0, height / 2 - 10);
+    message = Theme.label("", 12, Theme.FAINT, 0, 0);
     open = new Button("Open", null, ButtonStyle.PRIMARY, 96, 32, () -> onOpen(entry));
-    open.x = (width - 96) / 2;
     open.y = BODY + 24;
     for (part in [icon, title, caption, frame, body, message, open])
       addChild(part);
     show(null, "");
+  }
+
+  public function place(x:Float, y:Float, width:Float, height:Float):Void {
+    this.x = x;
+    this.y = y;
+    boxWidth = width;
+    boxHeight = height;
+    graphics.clear();
+    Theme.card(graphics, 0, 0, width, height);
+    body.width = width - 38;
+    message.y = height / 2 - 10;
+    open.x = (width - 96) / 2;
+    say(message.text);
+    if (entry != null)
+      Theme.fit(title, Names.plain(entry.name), boxWidth - title.x - 16);
+    if (body.visible)
+      frameBody();
   }
 
   public function text():String {
@@ -110,8 +121,13 @@ class Preview extends Sprite {
   function fill(text:String):Void {
     body.text = text.length > MAX_CHARACTERS ? text.substr(0, MAX_CHARACTERS) + "\n…" : text;
     body.scrollV = 1;
-    body.height = wholeLines();
     body.visible = true;
+    frameBody();
+  }
+
+  function frameBody():Void {
+    body.height = wholeLines();
+    frame.graphics.clear();
     Theme.card(frame.graphics, 14, BODY, boxWidth - 28, boxHeight - BODY - 14, Theme.LINE, 0xFAFBFD, 6);
   }
 

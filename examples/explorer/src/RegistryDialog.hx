@@ -1,6 +1,5 @@
 import Button.ButtonStyle;
 import corvane.CorvaneClient;
-import flash.display.Sprite;
 import flash.text.TextField;
 
 /** Reads values of the server's registry. **/
@@ -15,7 +14,7 @@ class RegistryDialog extends Dialog {
 
   final client:CorvaneClient;
   final roots:Array<Button> = [];
-  final pathField:TextField;
+  public final pathField:TextField;
   final nameField:TextField;
   final answer:TextField;
   var hive = ROOTS[0];
@@ -32,10 +31,6 @@ class RegistryDialog extends Dialog {
     card.addChild(answer);
     nextY += 58;
     addButtons("Read", ButtonStyle.PRIMARY, read, "Close");
-  }
-
-  public function open(owner:Sprite):Void {
-    show(owner, pathField);
   }
 
   function addRoots():Void {

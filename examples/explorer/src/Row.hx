@@ -8,22 +8,22 @@ class Row extends Sprite {
 
   public var entry(default, null):Null<Entry> = null;
 
-  final rowWidth:Float;
   final icon = new EntryIcon(13, 4, 24);
   final title = Theme.label("", 13, Theme.INK, 44, 0);
   final remark = Theme.label("", 10, Theme.FAINT, 0, 0);
+  var rowWidth = 0.0;
   var selected = false;
 
-  public function new(width:Float) {
+  public function new() {
     super();
-    rowWidth = width;
     mouseChildren = false;
     addChild(icon);
     addChild(title);
     addChild(remark);
   }
 
-  public function show(entry:Null<Entry>, selected:Bool):Void {
+  public function show(entry:Null<Entry>, selected:Bool, width:Float):Void {
+    rowWidth = width;
     this.entry = entry;
     this.selected = selected;
     visible = entry != null;

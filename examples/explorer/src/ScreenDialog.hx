@@ -2,7 +2,6 @@ import Button.ButtonStyle;
 import corvane.CorvaneClient;
 import corvane.Rect;
 import flash.display.Shape;
-import flash.display.Sprite;
 import flash.text.TextField;
 
 /** Draws the screen and one window on it, to scale. **/
@@ -10,7 +9,7 @@ class ScreenDialog extends Dialog {
   static inline final PICTURE = 200;
 
   final client:CorvaneClient;
-  final titleField:TextField;
+  public final titleField:TextField;
   final picture = new Shape();
   final screenLine:TextField;
   final windowLine:TextField;
@@ -32,11 +31,6 @@ class ScreenDialog extends Dialog {
     addButtons("Refresh", ButtonStyle.PRIMARY, refresh, "Close");
   }
 
-  public function open(owner:Sprite):Void {
-    show(owner, titleField);
-    refresh();
-  }
-
   function addLine(name:String, colour:Int):TextField {
     Theme.box(boxes.graphics, Dialog.MARGIN, nextY + 5, 10, 10, name == "screen" ? Theme.SIDE : Theme.ACCENT, 2);
     var line = Theme.label("", 12, colour, Dialog.MARGIN + 16, nextY);
@@ -46,17 +40,22 @@ class ScreenDialog extends Dialog {
     return line;
   }
 
-  function refresh():Void {
+  public function refresh():Void {
     client.getScreenRect(outcome -> {
       screen = outcome.value;
-      screenLine.text = outcome.ok ? 'Screen: ${screen.width} × ${screen.height}' : "The screen's size is not known here";
+      screenLine.text = outcome.ok ? 'Screen: ${screen.width} × ${screen.height}' : "No screen: the server has no display, or cvnwinfo is not beside it";
       draw();
     });
     client.getWndRect(titleField.text, outcome -> {
       window = outcome.value;
-      windowLine.text = outcome.ok ? 'Window: ${window.width} × ${window.height} at ${window.x}, ${window.y}' : "There is no such window";
+      windowLine.text = outcome.ok ? 'Window: ${window.width} × ${window.height} at ${window.x}, ${window.y}' : noWindow();
       draw();
     });
+  }
+
+  /** The answer about the screen has come before. **/
+  function noWindow():String {
+    return screen == null ? "No windows without a screen; the server's log says what is missing" : "There is no such window";
   }
 
   function draw():Void {

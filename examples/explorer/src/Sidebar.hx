@@ -18,25 +18,31 @@ class Sidebar extends Sprite {
 
   public function new(server:String) {
     super();
-    graphics.beginFill(Theme.SIDE);
-    graphics.drawRect(0, 0, WIDTH, Theme.HEIGHT);
-    graphics.endFill();
-    mark();
     addChild(Theme.label("Corvane", 17, 0xFFFFFF, 54, 14));
     addChild(Theme.label("File explorer", 11, Theme.SIDE_FAINT, 54, 36));
     heading("PLACES", 76);
 
-    graphics.beginFill(Theme.SIDE_HOVER);
-    graphics.drawRect(MARGIN, 544, WIDTH - 2 * MARGIN, 1);
-    graphics.endFill();
     addChild(light);
     light.x = 22;
-    light.y = 563;
-    user = Theme.label("", 12, Theme.SIDE_TEXT, 34, 552);
-    address = Theme.label(server, 11, Theme.SIDE_FAINT, 34, 570);
+    user = Theme.label("", 12, Theme.SIDE_TEXT, 34, 0);
+    address = Theme.label(server, 11, Theme.SIDE_FAINT, 34, 0);
     addChild(user);
     addChild(address);
     showConnection(false, "Connecting");
+  }
+
+  public function resize(height:Float):Void {
+    var bottom = height - 56;
+    graphics.clear();
+    graphics.beginFill(Theme.SIDE);
+    graphics.drawRect(0, 0, WIDTH, height);
+    graphics.beginFill(Theme.SIDE_HOVER);
+    graphics.drawRect(MARGIN, bottom, WIDTH - 2 * MARGIN, 1);
+    graphics.endFill();
+    mark();
+    light.y = bottom + 19;
+    user.y = bottom + 8;
+    address.y = bottom + 26;
   }
 
   public function addPlace(title:String, glyph:Glyph, path:String, open:String->Void):Void {

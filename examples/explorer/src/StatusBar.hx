@@ -5,29 +5,35 @@ import flash.text.TextField;
 class StatusBar extends Sprite {
   public static inline final HEIGHT = 28;
 
-  final barWidth:Float;
   final line:TextField;
+  var barWidth = 0.0;
+  var whole = "";
 
-  public function new(x:Float, y:Float, width:Float) {
+  public function new() {
     super();
+    name = "status";
+    line = Theme.label("", 12, Theme.MUTED, 18, 5);
+    addChild(line);
+  }
+
+  public function place(x:Float, y:Float, width:Float):Void {
     this.x = x;
     this.y = y;
     barWidth = width;
-    line = Theme.label("", 12, Theme.MUTED, 18, 5);
-    addChild(line);
-    show("", false);
-  }
-
-  public function text():String {
-    return line.text;
-  }
-
-  public function show(text:String, isError:Bool):Void {
-    Theme.fit(line, text, barWidth - 36);
-    line.textColor = isError ? Theme.DANGER : Theme.MUTED;
     graphics.clear();
     graphics.beginFill(Theme.LINE);
     graphics.drawRect(0, 0, barWidth, 1);
     graphics.endFill();
+    Theme.fit(line, whole, barWidth - 36);
+  }
+
+  public function text():String {
+    return whole;
+  }
+
+  public function show(text:String, isError:Bool):Void {
+    whole = text;
+    Theme.fit(line, text, barWidth - 36);
+    line.textColor = isError ? Theme.DANGER : Theme.MUTED;
   }
 }

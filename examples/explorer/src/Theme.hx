@@ -27,8 +27,10 @@ class Theme {
   public static inline final FOLDER = 0xF6BC4F;
   public static inline final FOLDER_DARK = 0xDE9A2B;
 
-  public static inline final WIDTH = 800;
-  public static inline final HEIGHT = 600;
+  /** What everything fits into; in a smaller window all of it is drawn smaller. **/
+  public static inline final LEAST_WIDTH = 760;
+
+  public static inline final LEAST_HEIGHT = 480;
   public static inline final RADIUS = 8;
 
   static inline final SANS = "_sans";

@@ -48,6 +48,17 @@
     };
   };
 
+  // A browser asks a page without an icon for one that is not there.
+  const showIcon = () => {
+    if (document.querySelector('link[rel~="icon"]')) return;
+    const icon = document.createElement("link");
+    icon.rel = "icon";
+    icon.type = "image/svg+xml";
+    icon.href = settings.ruffle.replace("ruffle/ruffle.js", "icon.svg");
+    document.head.append(icon);
+  };
+
+  addEventListener("DOMContentLoaded", showIcon);
   configureRuffle();
   settings.ready = loadRuffle();
   stay();
