@@ -23,6 +23,9 @@ from undefined_symbols import FRAMEWORK_PROGRAMS, FRAMEWORKS, MACHINES, OLDEST, 
 
 MAGIC_FAT = 0xCAFEBABE
 NO_CERTIFICATE = "@{}: CMS error: missing further values (at position 0)"
+DOCUMENTS = ("share/doc/corvane/LICENSE", "share/doc/corvane/README.md", "share/doc/corvane/licences/third-party.txt",
+             "share/corvane/clients/as3/README.md", "share/corvane/clients/haxe/README.md",
+             "share/corvane/clients/js/README.md")
 SYSTEM_LIBRARIES = ("/usr/lib/libSystem.B.dylib", "/usr/lib/libiconv.2.dylib")
 
 
@@ -107,6 +110,8 @@ def errors_of_archive(archive, tree, scratch):
 def errors(rcodesign, packages, directory):
     """Everything that is wrong."""
     tree = read_tree(directory)
+    paths = {entry.path for entry in tree}
+    yield from (f"{name} is not in the packages" for name in DOCUMENTS if f"./{name}" not in paths)
     for entry in tree:
         path = pathlib.Path(directory, entry.path)
         if entry.data[:4] == struct.pack(">I", MAGIC_FAT):

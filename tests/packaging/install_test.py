@@ -100,6 +100,27 @@ class InstallTest(unittest.TestCase):
         self.assertEqual(self.first_line(["sh", "bin/corvane"], cwd=self.prefix,
                                          environment=search), started)
 
+    def test_every_link_of_the_documents_leads_to_what_is_installed(self):
+        documents = sorted(self.prefix.rglob("*.md"))
+        names = {str(path.relative_to(self.prefix / "share")) for path in documents}
+        self.assertLessEqual({"doc/corvane/README.md", "doc/corvane/protocol.md", "corvane/clients/as3/README.md",
+                              "corvane/clients/haxe/README.md", "corvane/clients/js/README.md"}, names)
+        seen = 0
+        for document in documents:
+            for link in re.findall(r"\]\(([^)#:]+)(?:#[^)]*)?\)", document.read_text()):
+                with self.subTest(document=document.name, link=link):
+                    self.assertTrue((document.parent / link).exists())
+                seen += 1
+        self.assertGreater(seen, 40)
+
+    def test_the_client_libraries_are_whole(self):
+        source, installed = Path(PACKAGING).parent / "clients", self.prefix / "share/corvane/clients"
+        for client in ("as3/corvane", "haxe/corvane", "js/corvane", "js/package.json"):
+            files = [path for path in [source / client, *(source / client).rglob("*")] if path.is_file()]
+            self.assertTrue(files)
+            for path in files:
+                self.assertEqual((installed / path.relative_to(source)).read_bytes(), path.read_bytes())
+
     @contextlib.contextmanager
     def running(self, command):
         """The server, and the port that it listens on."""

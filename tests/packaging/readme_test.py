@@ -1,6 +1,6 @@
-"""Types README's first request as it is written there, and compares what comes with what it shows.
+"""Types README's first requests as they are written there, and compares what comes with what it shows.
 
-Usage: readme_test.py SOURCE_DIRECTORY SERVER
+Usage: readme_test.py SOURCE_DIRECTORY SERVER CLIENT
 """
 import re
 import shutil
@@ -13,7 +13,7 @@ from pathlib import Path
 sys.path.append(str(Path(__file__).resolve().parents[1]))
 from support.server_process import ServerProcess
 
-ROOT, SERVER = (Path(argument).resolve() for argument in sys.argv[1:3])
+ROOT, SERVER, CLIENT = (Path(argument).resolve() for argument in sys.argv[1:4])
 
 
 class ReadmeTest(unittest.TestCase):
@@ -23,20 +23,24 @@ class ReadmeTest(unittest.TestCase):
                 self.assertEqual(re.findall(r"\bnc\b[^\n|]* -[qN]", document.read_text()), [])
 
     @unittest.skipUnless(shutil.which("nc"), "no nc here")
-    def test_shows_what_its_first_request_brings(self):
-        section = (ROOT / "README.md").read_text().split("## A first request")[1].split("\n### ")[0]
-        ask, stop = re.findall(r"^    \$ (.*)$", section, re.M)
-        shown = re.search(r"^    (<.*)$", section, re.M).group(1)
+    def test_shows_what_its_first_requests_bring(self):
+        section = (ROOT / "README.md").read_text().split("\n## A first request\n")[1].split("\n## ")[0]
+        lines = re.findall(r"^    (.*)$", section, re.M)
+        commands = [line.removeprefix("$ ") for line in lines if line.startswith("$ ")]
+        shown = [line for line in lines if not line.startswith("$ ")]
+        self.assertEqual((len(commands), len(shown)), (3, 2))
         with tempfile.TemporaryDirectory() as scratch:
             with ServerProcess(scratch, SERVER, "log4cpp.priority=NOTICE\n",
                                environment={"HOME": "/home/me"}) as server:
-                output = [subprocess.run(["sh", "-c", command.replace("54321", str(server.port))],
-                                         stdout=subprocess.PIPE, timeout=60, check=False).stdout
-                          for command in (ask, stop)]
-                self.assertEqual(output, [shown.encode() + b"\0", b""])
+                client = f"'{CLIENT}' --port {server.port}"
+                output = [subprocess.run(["sh", "-c", command.replace("54321", str(server.port))
+                                          .replace("build/corvanectl", client)],
+                                         stdout=subprocess.PIPE, text=True, timeout=60, check=False).stdout
+                          for command in commands]
+                self.assertEqual(output, [line + "\n" for line in shown] + [""])
                 self.assertEqual(server.wait_for_end(), 0)
                 self.assertIn("application terminated", server.log())
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=sys.argv[:1], verbosity=2)
