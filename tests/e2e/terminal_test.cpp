@@ -33,8 +33,8 @@ class Terminal {
     std::string path_;
 };
 
-/// Pages around movies lie in /tmp, whatever TMPDIR names, and are for a program to read that is not
-/// there in these tests.
+/// Pages around movies lie in /tmp, whatever TMPDIR names, and are for a program to read that is
+/// not there in these tests.
 void removePageOf(const std::string& movie) {
     std::error_code gone;
     for (const auto& entry : std::filesystem::directory_iterator("/tmp", gone)) {
