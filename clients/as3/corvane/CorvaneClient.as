@@ -142,22 +142,22 @@ package corvane {
       request("setWndPos", lines, nothing, done);
     }
 
-    /** Brings a window to the front, on systems where the server can. */
+    /** Brings a window to the front; refused always, on macOS and on Linux. */
     public function bringToFront(window:String, done:Function):void {
       request("bringToFront", [window], nothing, done);
     }
 
-    /** Domains, servers of a domain or shares of a server (Array of Entry), where the server can. */
+    /** Domains, servers of a domain or shares of a server (Array of Entry); refused on macOS and Linux. */
     public function listNet(group:String, done:Function):void {
       request("listNet", [group], entries, done);
     }
 
-    /** The login name (String). */
+    /** The login name (String); empty when the server belongs to no log-in session. */
     public function userName(done:Function):void {
       request("userName", [], value, done);
     }
 
-    /** The clipboard's text (String), on systems where the server can. */
+    /** The clipboard's text (String); refused always, on macOS and on Linux. */
     public function clipboardGet(done:Function):void {
       request("clipboardGet", [], value, done);
     }

@@ -140,22 +140,22 @@ class CorvaneClient {
     request("setWndPos", lines.concat([window]), nothing, done);
   }
 
-  /** Brings a window to the front, on systems where the server can. **/
+  /** Brings a window to the front; refused always, on macOS and on Linux. **/
   public function bringToFront(window:String, done:Outcome<Bool>->Void):Void {
     request("bringToFront", [window], nothing, done);
   }
 
-  /** Domains, servers of a domain or shares of a server, on systems where the server can. **/
+  /** Domains, servers of a domain or shares of a server; refused always, on macOS and on Linux. **/
   public function listNet(group:String, done:Outcome<Array<Entry>>->Void):Void {
     request("listNet", [group], entries, done);
   }
 
-  /** The login name. **/
+  /** The login name; empty when the server belongs to no log-in session. **/
   public function userName(done:Outcome<String>->Void):Void {
     request("userName", [], value, done);
   }
 
-  /** The clipboard's text, on systems where the server can. **/
+  /** The clipboard's text; refused always, on macOS and on Linux. **/
   public function clipboardGet(done:Outcome<String>->Void):Void {
     request("clipboardGet", [], value, done);
   }

@@ -167,16 +167,16 @@ export class CorvaneClient {
    */
   setWndPos(flags: number, x: number, y: number, width: number, height: number, window?: string): Promise<true>;
 
-  /** Brings a window to the front, on systems where the server can. */
+  /** Brings a window to the front; refused always, on macOS and on Linux. */
   bringToFront(window: string): Promise<true>;
 
-  /** Domains, servers of a domain or shares of a server, on systems where the server can. */
+  /** Domains, servers of a domain or shares of a server; refused always, on macOS and on Linux. */
   listNet(group?: string): Promise<Entry[]>;
 
-  /** The login name. */
+  /** The login name; empty when the server belongs to no log-in session. */
   userName(): Promise<string>;
 
-  /** The clipboard's text, on systems where the server can. */
+  /** The clipboard's text; refused always, on macOS and on Linux. */
   clipboardGet(): Promise<string>;
 
   /** Ends the server; success is the end of the connection. Its configuration may refuse it. */
