@@ -30,6 +30,8 @@ TEST(ParseInvocation, TakesOptionsInFrontOfTheCommand) {
     EXPECT_EQ(invocation.endpoint.port, 5000);
     EXPECT_EQ(invocation.endpoint.timeout, 3);
     EXPECT_TRUE(invocation.xml);
+    EXPECT_FALSE(invocation.json);
+    EXPECT_TRUE(parse({"--json", "userDir"}).json);
     EXPECT_EQ(invocation.parameters, std::vector<std::string>{"desktop"});
 }
 
@@ -47,6 +49,32 @@ TEST(ParseInvocation, LeavesEverythingBehindTheCommandAlone) {
     EXPECT_EQ(invocation.mode, Mode::Request);
     EXPECT_FALSE(invocation.xml);
     EXPECT_EQ(invocation.parameters, (std::vector<std::string>{"1", "-10", "--xml", "--help"}));
+}
+
+TEST(ParseInvocation, TakesHelpBehindACommandForAQuestionWhenNothingElseIsThere) {
+    const Invocation invocation = parse({"listDir", "--help"});
+    EXPECT_EQ(invocation.command, "help");
+    EXPECT_EQ(invocation.parameters, std::vector<std::string>{"listDir"});
+    EXPECT_EQ(parse({"rename", "--help", "x"}).command, "rename");
+}
+
+TEST(ParseInvocation, TakesTheLongFormInFrontOfADirectoryOnly) {
+    EXPECT_TRUE(parse({"-l", "listDir", "/"}).longListing);
+    const Invocation invocation = parse({"listDir", "-l", "/"});
+    EXPECT_TRUE(invocation.longListing);
+    EXPECT_EQ(invocation.parameters, std::vector<std::string>{"/"});
+    EXPECT_FALSE(parse({"listDir", "-l"}).longListing);
+    EXPECT_FALSE(parse({"rename", "-l", "x"}).longListing);
+}
+
+TEST(ParseInvocation, TakesReplaceAsTheFirstParameterOfCopyAndRename) {
+    for (const char* command : {"copy", "rename"}) {
+        const Invocation invocation = parse({command, "--replace", "a", "b"});
+        EXPECT_TRUE(invocation.replace);
+        EXPECT_EQ(invocation.parameters, (std::vector<std::string>{"a", "b"}));
+    }
+    EXPECT_FALSE(parse({"copy", "a", "--replace"}).replace);
+    EXPECT_FALSE(parse({"delete", "--replace"}).replace);
 }
 
 TEST(ParseInvocation, NeedsACommand) {
@@ -87,8 +115,8 @@ TEST(ParseInvocation, AsksForHelpVersionAndWords) {
 
 TEST(HelpText, NamesEveryOptionAndCommand) {
     const std::string help = helpText();
-    for (const char* text : {"--host", "--port", "--timeout", "--xml", "--version",
-                             "   write file < data\n", "   shutdown\n"}) {
+    for (const char* text : {"--host", "--port", "--timeout", "--xml", "--version", "--json",
+                             "   help [command]\n", "   write file < data\n", "   shutdown\n"}) {
         EXPECT_NE(help.find(text), std::string::npos) << text;
     }
     EXPECT_EQ(help.find("--complete"), std::string::npos);

@@ -5,6 +5,7 @@
 
 #include "cmdl/command_line.h"
 #include "corvanectl/command_list.h"
+#include "corvanectl/local_command.h"
 #include "text/exception.h"
 #include "text/strings.h"
 
@@ -27,6 +28,8 @@ cmdl::Options declaredOptions() {
          format("seconds to wait for the reply, %d by default, 0 for ever", defaults.timeout),
          false, "SECONDS", true});
     options.addOption({"x", "xml", "print the reply as it came", true, "", true});
+    options.addOption({"j", "json", "print the reply as a JSON object", true, "", true});
+    options.addOption({"l", "long", "list directories with kind, size and date", true, "", true});
     options.addOption({"v", "version", "print the version", true, "", true});
     return options;
 }
@@ -60,6 +63,24 @@ int numberOption(const cmdl::CommandLine& line, const std::string& name, const c
     return number;
 }
 
+// Takes the few options that may stand behind their command.
+void takeCommandOptions(Invocation& invocation) {
+    std::vector<std::string>& parameters = invocation.parameters;
+    if (parameters == std::vector<std::string>{"--help"}) {
+        parameters.front() = invocation.command;
+        invocation.command = "help";
+        return;
+    }
+    const bool copies = invocation.command == "copy" || invocation.command == "rename";
+    const std::string_view first = parameters.empty() ? "" : std::string_view(parameters.front());
+    const bool isLong = invocation.command == "listDir" && parameters.size() == 2 && first == "-l";
+    invocation.replace = copies && first == "--replace";
+    invocation.longListing = invocation.longListing || isLong;
+    if (invocation.replace || isLong) {
+        parameters.erase(parameters.begin());
+    }
+}
+
 }  // namespace
 
 Invocation parseInvocation(int argc, const char* const* argv) {
@@ -81,11 +102,14 @@ Invocation parseInvocation(int argc, const char* const* argv) {
     to.port = numberOption(line, "p", "port", 1, largestPort, to.port);
     to.timeout = numberOption(line, "t", "number of seconds", 0, longestTimeout, to.timeout);
     result.xml = line.hasOption("x");
+    result.json = line.hasOption("j");
+    result.longListing = line.hasOption("l");
     if (commandIndex == argc) {
         throw Exception("no command given, try --help");
     }
     result.command = argv[commandIndex];
     result.parameters.assign(argv + commandIndex + 1, argv + argc);
+    takeCommandOptions(result);
     return result;
 }
 
@@ -96,17 +120,27 @@ std::string helpText() {
         "Sends one command to a running Corvane server and prints its reply.\n\n"
         "Options, which stand before the command:\n";
     text += options.substr(options.find('\n') + 1);
-    text += "\nCommands:\n";
+    text += "\nCommands of the server:\n";
     for (const CommandUsage& command : commandList()) {
         text += "   " + usageLine(command) + '\n';
     }
-    return text + "\nExit status: 0 success, 1 the server answers FAILED, 2 no answer.\n";
+    text += "\nCommands of corvanectl itself:\n";
+    for (const LocalCommand& command : localCommands()) {
+        text += "   " + usageLine(command.usage) + '\n';
+    }
+    return text +
+           "\n'corvanectl help COMMAND' explains one.\n"
+           "\nExit status: 0 success, 1 the server answers FAILED, 2 no answer.\n";
 }
 
 std::string completionWords() {
     std::string words;
     for (const CommandUsage& command : commandList()) {
         words += command.name;
+        words += '\n';
+    }
+    for (const LocalCommand& command : localCommands()) {
+        words += command.usage.name;
         words += '\n';
     }
     return words;

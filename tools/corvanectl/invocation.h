@@ -15,12 +15,20 @@ struct Invocation {
     Endpoint endpoint;
     /// Print the reply as it came.
     bool xml = false;
+    /// Print it as a JSON object.
+    bool json = false;
+    /// List directories with kind, size and date.
+    bool longListing = false;
+    /// Of "copy" and "rename": put the file in the place of an existing one.
+    bool replace = false;
     std::string command;
     std::vector<std::string> parameters;
 };
 
-/// Options stand before the command; everything behind it is a parameter, whatever it begins with.
-/// Throws Exception for what makes no sense.
+/// Options stand before the command; everything behind it is a parameter, whatever it begins with,
+/// with three exceptions: "--help" as the only parameter, "-l" in front of the directory of
+/// "listDir", and "--replace" as the first parameter of "copy" and "rename". Throws Exception for
+/// what makes no sense.
 Invocation parseInvocation(int argc, const char* const* argv);
 
 std::string helpText();

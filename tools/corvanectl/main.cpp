@@ -1,54 +1,16 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <exception>
 #include <iostream>
-#include <optional>
 
-#include "corvanectl/command_list.h"
-#include "corvanectl/exchange.h"
-#include "corvanectl/input.h"
+#include "corvanectl/exit_status.h"
 #include "corvanectl/invocation.h"
-#include "corvanectl/output.h"
-#include "corvanectl/reply.h"
-#include "corvanectl/request.h"
+#include "corvanectl/run_command.h"
+#include "corvanectl/standard_output.h"
 #include "text/exception.h"
 
 namespace corvane::ctl {
 namespace {
-
-constexpr int succeeded = 0;
-constexpr int answeredFailed = 1;
-constexpr int notAnswered = 2;
-
-int showReply(const Invocation& invocation, const std::string& text) {
-    const Reply reply = parseReply(text);
-    if (invocation.xml) {
-        std::cout << text << '\n';
-    } else if (reply.ok) {
-        printDetails(reply, std::cout);
-    } else {
-        std::cerr << "corvanectl: " << describeFailure(invocation.command, reply) << '\n';
-    }
-    return reply.ok ? succeeded : answeredFailed;
-}
-
-int request(const Invocation& invocation) {
-    const CommandUsage* command = findCommand(invocation.command);
-    if (command == nullptr) {
-        throw Exception("unknown command '" + invocation.command + "', try --help");
-    }
-    const std::string text =
-        makeRequest(*command, invocation.parameters, [] { return readInput(STDIN_FILENO); });
-    const std::optional<std::string> reply = ctl::exchange(invocation.endpoint, text);
-    if (reply) {
-        return showReply(invocation, *reply);
-    }
-    if (invocation.command == "shutdown") {
-        return succeeded;  // it is answered by the end of the connection
-    }
-    throw Exception("the server has closed the connection without a reply");
-}
 
 int run(const Invocation& invocation) {
     switch (invocation.mode) {
@@ -64,27 +26,34 @@ int run(const Invocation& invocation) {
         case Invocation::Mode::Request:
             break;
     }
-    return request(invocation);
+    return runCommand(invocation);
+}
+
+// As any program ends that writes to a pipe which nobody reads: without a message, by the signal.
+void endByBrokenPipe() {
+    static_cast<void>(::signal(SIGPIPE, SIG_DFL));
+    static_cast<void>(::raise(SIGPIPE));
 }
 
 int runAndReport(int argc, const char* const* argv) {
-    try {
+    const StandardOutput output;
+    return reportingFailures([&] {
         const int status = run(parseInvocation(argc, argv));
-        if (!std::cout.flush()) {
-            throw Exception("cannot write to standard output");
+        if (std::cout.flush()) {
+            return status;
         }
-        return status;
-    } catch (const std::exception& e) {
-        std::cerr << "corvanectl: " << e.what() << '\n';
-        return notAnswered;
-    }
+        if (output.hasNoReader()) {
+            endByBrokenPipe();
+        }
+        throw Exception("cannot write to standard output");
+    });
 }
 
 }  // namespace
 }  // namespace corvane::ctl
 
 int main(int argc, char** argv) {
-    // A peer or a reader that goes away is reported like any other failure.
+    // A peer that goes away is reported like any other failure.
     static_cast<void>(::signal(SIGPIPE, SIG_IGN));
     return corvane::ctl::runAndReport(argc, argv);
 }

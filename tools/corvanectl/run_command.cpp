@@ -1,0 +1,90 @@
+#include "corvanectl/run_command.h"
+
+#include <unistd.h>
+
+#include <iostream>
+#include <optional>
+#include <string>
+
+#include "corvanectl/command_list.h"
+#include "corvanectl/exchange.h"
+#include "corvanectl/exit_status.h"
+#include "corvanectl/input.h"
+#include "corvanectl/json.h"
+#include "corvanectl/local_command.h"
+#include "corvanectl/output.h"
+#include "corvanectl/plain_words.h"
+#include "corvanectl/reply.h"
+#include "corvanectl/request.h"
+#include "corvanectl/suggestion.h"
+#include "text/exception.h"
+
+namespace corvane::ctl {
+namespace {
+
+int showReply(const Invocation& invocation, const std::string& text) {
+    const Reply reply = parseReply(text);
+    if (invocation.xml) {
+        std::cout << text << '\n';
+    } else if (invocation.json) {
+        std::cout << toJson(invocation.command, reply) << '\n';
+    } else if (reply.ok) {
+        printDetails(reply, std::cout);
+    } else {
+        std::cerr << "corvanectl: " << describeFailure(invocation.command, reply) << '\n';
+    }
+    return reply.ok ? succeeded : answeredFailed;
+}
+
+// The end of the connection is the answer to "shutdown".
+int showEnd(const Invocation& invocation) {
+    if (invocation.json) {
+        Reply ended;
+        ended.ok = true;
+        std::cout << toJson(invocation.command, ended) << '\n';
+    }
+    return succeeded;
+}
+
+int request(const Invocation& invocation) {
+    const CommandUsage* command = findCommand(invocation.command);
+    if (command == nullptr) {
+        throw unknownCommand(invocation.command);
+    }
+    const std::string text =
+        makeRequest(*command, invocation.parameters, [] { return readInput(STDIN_FILENO); });
+    const std::optional<std::string> reply = ctl::exchange(invocation.endpoint, text);
+    if (reply) {
+        return showReply(invocation, *reply);
+    }
+    if (invocation.command == "shutdown") {
+        return showEnd(invocation);
+    }
+    throw Exception("the server has closed the connection without a reply");
+}
+
+}  // namespace
+
+int runCommand(const Invocation& invocation) {
+    const LocalCommand* const local =
+        findLocalCommand(invocation.command, invocation.parameters.size());
+    if (local == nullptr) {
+        return request(invocation);
+    }
+    if (invocation.parameters.size() < local->usage.fewest() ||
+        invocation.parameters.size() > local->usage.most()) {
+        throw Exception("wrong number of parameters, usage: " + usageLine(local->usage));
+    }
+    return local->run(invocation);
+}
+
+int reportingFailures(const std::function<int()>& work) {
+    try {
+        return work();
+    } catch (const std::exception& e) {
+        std::cerr << "corvanectl: " << plainWords(e) << '\n';
+        return notAnswered;
+    }
+}
+
+}  // namespace corvane::ctl
