@@ -38,10 +38,10 @@ class OutputTest(unittest.TestCase):
     def test_prints_a_reply_as_json(self):
         directory = self.home / "dir"
         (directory / "sub").mkdir(parents=True)
-        (directory / 'a"<b>\\\n').touch()
+        (directory / 'a"<b>\\\nz').touch()
         self.expect_json(0, {"command": "listDir", "result": "SUCCESS", "hint": f"{directory}/", "details": [
             {"id": "directory", "extra": "d", "value": "sub/"},
-            {"id": "file", "size": "0", "value": 'a"<b>\\\n'}]}, "listDir", directory)
+            {"id": "file", "size": "0", "value": 'a"<b>\\\nz'}]}, "listDir", directory)
 
     def test_prints_a_failure_as_json(self):
         self.expect_json(1, {"command": "write", "result": "FAILED", "errno": 2, "details": []},

@@ -1,9 +1,14 @@
-// One connection, one request, one reply.
+// Connections to the server: requests go out, replies come in, within a time limit.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "platform/file_desc.h"
+#include "platform/waiting.h"
 
 namespace corvane::ctl {
 
@@ -15,9 +20,42 @@ struct Endpoint {
     int timeout = 60;
 };
 
-/// Sends the request and returns the reply without its terminating zero byte; nothing when the
-/// server closes the connection instead. Throws Exception when there is no connection, the
-/// connection breaks, or the time is over.
-std::optional<std::string> exchange(const Endpoint& endpoint, std::string_view request);
+/// Told, while data is under way, how many bytes have been sent and received on the connection.
+using Observer = std::function<void(std::size_t sent, std::size_t received)>;
+
+/// Whatever fails throws Exception, also when the time is over.
+class Connection {
+  public:
+    explicit Connection(const Endpoint& endpoint, Observer observer = {});
+
+    /// A server that has closed its side already is no failure: it may have answered before.
+    void send(std::string_view bytes);
+
+    /// The next reply without its terminating zero byte; nothing when the server has closed the
+    /// connection instead.
+    std::optional<std::string> receive();
+
+    /// Gives the endpoint's time once more, for the next request.
+    void restartTime();
+
+  private:
+    void connectTo(const Endpoint& endpoint);
+    void observe() const;
+    void wait(Direction direction) const;
+    [[noreturn]] void fail(const char* what, int error) const;
+
+    std::string where_;
+    int timeout_;
+    Observer observer_;
+    Deadline deadline_;
+    FileDesc sock_;
+    std::string unread_;  // what has come behind the last reply
+    std::size_t sent_ = 0;
+    std::size_t received_ = 0;
+};
+
+/// One connection, one request, one reply: as Connection's, without the zero byte, or nothing.
+std::optional<std::string> exchange(const Endpoint& endpoint, std::string_view request,
+                                    Observer observer = {});
 
 }  // namespace corvane::ctl

@@ -11,16 +11,31 @@
 #include "corvanectl/exit_status.h"
 #include "corvanectl/input.h"
 #include "corvanectl/json.h"
+#include "corvanectl/listing.h"
 #include "corvanectl/local_command.h"
 #include "corvanectl/output.h"
 #include "corvanectl/plain_words.h"
+#include "corvanectl/progress.h"
+#include "corvanectl/replace.h"
 #include "corvanectl/reply.h"
 #include "corvanectl/request.h"
 #include "corvanectl/suggestion.h"
+#include "corvanectl/terminal.h"
 #include "text/exception.h"
 
 namespace corvane::ctl {
 namespace {
+
+void printForPeople(const Invocation& invocation, const Reply& reply) {
+    const bool onTerminal = isTerminal(STDOUT_FILENO);
+    if (isListing(reply) && invocation.longListing) {
+        printLong(reply.details, onTerminal, std::cout);
+    } else if (isListing(reply) && onTerminal) {
+        printColumns(reply.details, terminalWidth(STDOUT_FILENO), std::cout);
+    } else {
+        printDetails(reply, std::cout);
+    }
+}
 
 int showReply(const Invocation& invocation, const std::string& text) {
     const Reply reply = parseReply(text);
@@ -29,7 +44,7 @@ int showReply(const Invocation& invocation, const std::string& text) {
     } else if (invocation.json) {
         std::cout << toJson(invocation.command, reply) << '\n';
     } else if (reply.ok) {
-        printDetails(reply, std::cout);
+        printForPeople(invocation, reply);
     } else {
         std::cerr << "corvanectl: " << describeFailure(invocation.command, reply) << '\n';
     }
@@ -46,6 +61,11 @@ int showEnd(const Invocation& invocation) {
     return succeeded;
 }
 
+std::optional<std::string> send(const Invocation& invocation, const std::string& text) {
+    ProgressLine progress;
+    return ctl::exchange(invocation.endpoint, text, progress.observer());
+}
+
 int request(const Invocation& invocation) {
     const CommandUsage* command = findCommand(invocation.command);
     if (command == nullptr) {
@@ -53,7 +73,7 @@ int request(const Invocation& invocation) {
     }
     const std::string text =
         makeRequest(*command, invocation.parameters, [] { return readInput(STDIN_FILENO); });
-    const std::optional<std::string> reply = ctl::exchange(invocation.endpoint, text);
+    const std::optional<std::string> reply = send(invocation, text);
     if (reply) {
         return showReply(invocation, *reply);
     }
@@ -69,7 +89,7 @@ int runCommand(const Invocation& invocation) {
     const LocalCommand* const local =
         findLocalCommand(invocation.command, invocation.parameters.size());
     if (local == nullptr) {
-        return request(invocation);
+        return invocation.replace ? replaceFile(invocation) : request(invocation);
     }
     if (invocation.parameters.size() < local->usage.fewest() ||
         invocation.parameters.size() > local->usage.most()) {
