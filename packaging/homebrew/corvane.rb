@@ -11,6 +11,7 @@ class Corvane < Formula
   depends_on "log4cpp"
   depends_on :macos
 
+  uses_from_macos "libedit"
   uses_from_macos "zlib"
 
   # The configuration is Homebrew's and not that of one version: an upgrade keeps it.

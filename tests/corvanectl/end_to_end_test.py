@@ -113,7 +113,7 @@ class CorvanectlTest(unittest.TestCase):
             complete_words corvanectl --port =
             complete_words corvanectl --timeout = 5
             complete_words corvanectl --p
-            complete_words corvanectl readText some
+            complete_words corvanectl put some
         """
         result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True,
                                 check=True)

@@ -12,7 +12,7 @@
 
 namespace corvane::ctl {
 
-std::string readInput(int fd) {
+std::string readInput(int fd, const std::string& name) {
     std::string data;
     std::array<char, std::size_t{64} * 1024> chunk;
     while (true) {
@@ -25,7 +25,7 @@ std::string readInput(int fd) {
         } else if (errno == EAGAIN) {  // whoever gave the descriptor does not want to wait
             waitForSocket(fd, Direction::Read, {});
         } else {
-            throw Exception(format("cannot read standard input: %s", std::strerror(errno)));
+            throw Exception(concatenate("cannot read ", name, ": ", std::strerror(errno)));
         }
     }
 }

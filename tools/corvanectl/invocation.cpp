@@ -83,10 +83,13 @@ void takeCommandOptions(Invocation& invocation) {
 
 }  // namespace
 
-Invocation parseInvocation(int argc, const char* const* argv) {
-    Invocation result;
-    if (argc == 2 && std::string_view(argv[1]) == "--complete") {
+Invocation parseInvocation(int argc, const char* const* argv, const Invocation& defaults,
+                           bool atTerminal) {
+    Invocation result = defaults;
+    result.mode = Invocation::Mode::Request;
+    if (argc >= 2 && std::string_view(argv[1]) == "--complete") {
         result.mode = Invocation::Mode::Complete;
+        result.parameters.assign(argv + 2, argv + argc);
         return result;
     }
     const cmdl::Options options = declaredOptions();
@@ -101,11 +104,15 @@ Invocation parseInvocation(int argc, const char* const* argv) {
     to.host = line.getOptionValue("H", to.host);
     to.port = numberOption(line, "p", "port", 1, largestPort, to.port);
     to.timeout = numberOption(line, "t", "number of seconds", 0, longestTimeout, to.timeout);
-    result.xml = line.hasOption("x");
-    result.json = line.hasOption("j");
-    result.longListing = line.hasOption("l");
+    result.xml = result.xml || line.hasOption("x");
+    result.json = result.json || line.hasOption("j");
+    result.longListing = result.longListing || line.hasOption("l");
     if (commandIndex == argc) {
-        throw Exception("no command given, try --help");
+        if (!atTerminal) {
+            throw Exception("no command given, try --help");
+        }
+        result.mode = Invocation::Mode::Prompt;
+        return result;
     }
     result.command = argv[commandIndex];
     result.parameters.assign(argv + commandIndex + 1, argv + argc);
@@ -144,6 +151,15 @@ std::string completionWords() {
         words += '\n';
     }
     return words;
+}
+
+std::vector<std::string> optionNames() {
+    const cmdl::Options options = declaredOptions();
+    std::vector<std::string> names;
+    for (const cmdl::Option& option : options.declared()) {
+        names.push_back("--" + option.longName);
+    }
+    return names;
 }
 
 }  // namespace corvane::ctl

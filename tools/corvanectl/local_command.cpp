@@ -4,6 +4,7 @@
 #include <array>
 
 #include "corvanectl/local/help.h"
+#include "corvanectl/local/transfer.h"
 
 namespace corvane::ctl {
 namespace {
@@ -12,6 +13,23 @@ constexpr auto table = std::to_array<LocalCommand>({
     {{"help", "[command]"},
      {"Explains a command, or lists all of them.", "command: its name", "corvanectl help listDir"},
      local::help},
+    {{"put", "local [remote]"},
+     {"Sends a file of this machine to the server, over a file that is there.",
+      "local: the file; with a byte 0x00 or 0x01 in it nothing is sent, no request can carry them\n"
+      "remote: its new name, or a directory; the same name in the server's current directory\n"
+      "without it",
+      "corvanectl put movie.txt /tmp/"},
+     local::put},
+    {{"get", "[--bytes] [--force] remote [local]"},
+     {"Fetches a file from the server; it is there as a whole or not at all.",
+      "--bytes: read a file with bytes 0x00, which readText leaves out, with readByte: one "
+      "request\n"
+      "for each byte in the worst case, some ten thousand in a second\n"
+      "--force: replace a file that is there\n"
+      "remote: the server's file\n"
+      "local: its new name, or a directory; the same name without it",
+      "corvanectl get --bytes /tmp/picture.png picture.png"},
+     local::get},
 });
 
 }  // namespace

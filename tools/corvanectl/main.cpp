@@ -3,30 +3,37 @@
 
 #include <iostream>
 
+#include "corvanectl/completion.h"
 #include "corvanectl/exit_status.h"
 #include "corvanectl/invocation.h"
+#include "corvanectl/prompt.h"
 #include "corvanectl/run_command.h"
 #include "corvanectl/standard_output.h"
+#include "corvanectl/terminal.h"
 #include "text/exception.h"
 
 namespace corvane::ctl {
 namespace {
 
+int printWords(const Invocation& invocation) {
+    if (invocation.parameters.empty()) {
+        std::cout << completionWords();
+    }
+    for (const std::string& word : completions(invocation.parameters, invocation.endpoint)) {
+        std::cout << word << '\n';
+    }
+    return succeeded;
+}
+
 int run(const Invocation& invocation) {
     switch (invocation.mode) {
-        case Invocation::Mode::Help:
-            std::cout << helpText();
-            return succeeded;
-        case Invocation::Mode::Version:
-            std::cout << "corvanectl " << CORVANE_VERSION << '\n';
-            return succeeded;
         case Invocation::Mode::Complete:
-            std::cout << completionWords();
-            return succeeded;
-        case Invocation::Mode::Request:
-            break;
+            return printWords(invocation);
+        case Invocation::Mode::Prompt:
+            return runPrompt(invocation);
+        default:
+            return runInvocation(invocation);
     }
-    return runCommand(invocation);
 }
 
 // As any program ends that writes to a pipe which nobody reads: without a message, by the signal.
@@ -37,8 +44,9 @@ void endByBrokenPipe() {
 
 int runAndReport(int argc, const char* const* argv) {
     const StandardOutput output;
+    const bool atTerminal = isTerminal(STDIN_FILENO) && isTerminal(STDOUT_FILENO);
     return reportingFailures([&] {
-        const int status = run(parseInvocation(argc, argv));
+        const int status = run(parseInvocation(argc, argv, {}, atTerminal));
         if (std::cout.flush()) {
             return status;
         }

@@ -98,6 +98,19 @@ int runCommand(const Invocation& invocation) {
     return local->run(invocation);
 }
 
+int runInvocation(const Invocation& invocation) {
+    switch (invocation.mode) {
+        case Invocation::Mode::Help:
+            std::cout << helpText();
+            return succeeded;
+        case Invocation::Mode::Version:
+            std::cout << "corvanectl " << CORVANE_VERSION << '\n';
+            return succeeded;
+        default:
+            return runCommand(invocation);
+    }
+}
+
 int reportingFailures(const std::function<int()>& work) {
     try {
         return work();

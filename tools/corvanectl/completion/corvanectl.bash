@@ -2,41 +2,25 @@
 # shellcheck shell=bash
 
 _corvanectl() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} i
+  local words=() word last i
   COMPREPLY=()
-  # "--host=ADDRESS" comes as three words.
-  if [[ $current == = ]]; then
-    current=
-  elif [[ $previous == = ]]; then
-    previous=${COMP_WORDS[COMP_CWORD-2]}
-  fi
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    case ${COMP_WORDS[i]} in
-      -H | --host | -p | --port | -t | --timeout)
-        ((i++))
-        [[ ${COMP_WORDS[i]} == = ]] && ((i++))
-        ;;
-      -*) ;;
-      *)
-        # Behind the command: parameters, most of which are paths.
-        mapfile -t COMPREPLY < <(compgen -f -- "$current")
-        compopt -o filenames 2>/dev/null
-        return
-        ;;
-    esac
+  # "--host=ADDRESS" comes as three words; quotes and backslashes are there as they were typed.
+  for ((i = 1; i <= COMP_CWORD; i++)); do
+    word=${COMP_WORDS[i]}
+    word=${word#[\"\']}
+    word=${word//\\/}
+    last=${words[*]: -1}
+    if [[ $word == '=' && $last == -?* ]]; then
+      words[-1]+='='
+    elif [[ $last == -?*= ]]; then
+      words[-1]+=$word
+    else
+      words+=("$word")
+    fi
   done
-  case $previous in
-    -H | --host)
-      mapfile -t COMPREPLY < <(compgen -A hostname -- "$current")
-      return
-      ;;
-    -p | --port | -t | --timeout) return ;;
-  esac
-  if [[ $current == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W '--help --host --port --timeout --xml --version' -- "$current")
-  else
-    mapfile -t COMPREPLY < <(compgen -W "$("${COMP_WORDS[0]}" --complete 2>/dev/null)" -- "$current")
-  fi
+  mapfile -t COMPREPLY < <("${COMP_WORDS[0]}" --complete "${words[@]}" 2>/dev/null)
+  compopt -o filenames 2>/dev/null
+  [[ ${#COMPREPLY[@]} != 1 || ${COMPREPLY[0]} != */ ]] || compopt -o nospace 2>/dev/null
 }
 
 complete -F _corvanectl corvanectl
