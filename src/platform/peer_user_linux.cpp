@@ -56,25 +56,30 @@ Question questionFor(const sockaddr_in& client, const sockaddr_in& server) {
 }
 
 // The kernel has answered when send(2) returns. An older answer that nobody took is passed over.
-bool ask(int channel, const Question& question, Answer& answer) {
-    if (::send(channel, &question, sizeof question, 0) == -1) {
-        return false;
-    }
-    do {
+// Returns the bytes of the answer, or -1.
+ssize_t ask(int channel, const Question& question, Answer& answer) {
+    ssize_t size = ::send(channel, &question, sizeof question, 0);
+    while (size > 0) {
         answer = {};
-        if (::recv(channel, &answer, sizeof answer, 0) == -1) {
-            return false;
+        size = ::recv(channel, &answer, sizeof answer, 0);
+        if (answer.header.nlmsg_seq == question.header.nlmsg_seq) {
+            break;
         }
-    } while (answer.header.nlmsg_seq != question.header.nlmsg_seq);
-    return true;
+    }
+    return size;
 }
 
 // Where there is no such connection the kernel shows a listener of the client's port, or a socket
 // that has yet to connect, maybe of another user. While the server's end is open, its peer is in
 // one of these states.
 bool isOtherEnd(const inet_diag_msg& found, const Question& question) {
-    return found.id.idiag_sport == question.socket.id.idiag_sport &&
-           found.id.idiag_dport == question.socket.id.idiag_dport &&
+    const inet_diag_sockid& wanted = question.socket.id;
+    // An IPv4 address is the last quarter of a mapped one.
+    const std::size_t at = found.idiag_family == AF_INET6 ? 3 : 0;
+    return found.id.idiag_sport == wanted.idiag_sport &&
+           found.id.idiag_dport == wanted.idiag_dport &&
+           found.id.idiag_src[at] == wanted.idiag_src[0] &&
+           found.id.idiag_dst[at] == wanted.idiag_dst[0] &&
            (found.idiag_state == TCP_ESTABLISHED || found.idiag_state == TCP_FIN_WAIT1 ||
             found.idiag_state == TCP_FIN_WAIT2);
 }
@@ -144,11 +149,15 @@ std::optional<uid_t> peerUser(int channel, int connection) {
     }
     const Question question = questionFor(client, server);
     Answer answer{};
-    if (!ask(channel, question, answer)) {
+    const ssize_t size = ask(channel, question, answer);
+    if (size == -1) {
         return std::nullopt;
     }
-    if (answer.header.nlmsg_type != SOCK_DIAG_BY_FAMILY) {
-        return unknown(answer.header.nlmsg_type == NLMSG_ERROR ? -answer.error.error : EPROTO);
+    if (answer.header.nlmsg_type == NLMSG_ERROR && answer.error.error != 0) {
+        return unknown(-answer.error.error);
+    }
+    if (answer.header.nlmsg_type != SOCK_DIAG_BY_FAMILY || size != sizeof answer) {
+        return unknown(EPROTO);
     }
     if (!isOtherEnd(answer.socket, question)) {
         return unknown(ENOENT);
