@@ -4,6 +4,7 @@ import {connect} from "node:net";
 
 /** The way to a server over TCP. Each connection has a socket of its own. */
 export function overTcp(host = "127.0.0.1", port = 54321) {
+  if (typeof host !== "string") throw new TypeError(`${host} is no host`);
   if (!Number.isInteger(port) || port < 1 || port > 65535) throw new RangeError(`${port} is no port`);
   return {open: (events) => open(host, port, events)};
 }

@@ -104,6 +104,14 @@ test("a reply out of step ends the connection", async () => {
   assert.deepEqual(await behind, {value: "/right/"});
 });
 
+test("what is no reply ends the connection", async () => {
+  const {client, transport} = await connected();
+  const result = outcome(client.tempDir());
+  transport.receive("<html>");
+  assert.equal((await result).failure.kind, Failure.MALFORMED);
+  assert.equal(transport.last.closed, true);
+});
+
 test("a reply that nobody has asked for ends the connection", async () => {
   const {transport} = await connected();
   transport.receive(valueReply("userName", ""));
@@ -156,6 +164,23 @@ test("setWndPos sends only the numbers that the flags name", async () => {
     texts.push(transport.sent[0].replaceAll("\n", " "));
   }
   assert.deepEqual(texts, ["setWndPos 1 1 2 w\0", "setWndPos 2 3 4 w\0", "setWndPos 3 1 2 3 4 w\0"]);
+});
+
+test("copy sends two lists of extensions, empty for no limit", async () => {
+  for (const [limits, text] of [[[], "true\n\n"], [[false, ["txt", "md"], ["bak"]], "false\ntxt,md\nbak"]]) {
+    const {client, transport} = await connected();
+    outcome(client.copy("a", "b", ...limits));
+    assert.deepEqual(transport.sent, [`copy\na\nb\n${text}\0`]);
+  }
+});
+
+test("an entry tells what it is", async () => {
+  const {client, transport} = await connected();
+  const entries = client.listDir("d");
+  const detail = (id, extra) => `<Detail id="${id}" extra="${extra}" Value="x" />`;
+  transport.receive(envelope("listDir", "SUCCESS", "", [["directory", "d"], ["file", "h"], ["file", "r"], ["file", "s"]].map((pair) => detail(...pair)).join("")));
+  assert.deepEqual((await entries).map((entry) => [entry.isDirectory(), entry.isHidden(), entry.isReadOnly()]),
+    [[true, false, false], [false, true, false], [false, false, true], [false, false, false]]);
 });
 
 test("the end is the answer to shutdown", async () => {

@@ -68,6 +68,7 @@ test("over TCP a port that nobody listens on fails every call", async () => {
   const client = new CorvaneClient(overTcp("127.0.0.1", port));
   const results = await Promise.all([client.tempDir(), client.shutdown()].map(outcome));
   assert.deepEqual(results.map(({failure}) => failure.kind), [Failure.DISCONNECTED, Failure.DISCONNECTED]);
+  for (const wrong of [54321, null]) assert.throws(() => overTcp(wrong), TypeError);
   for (const wrong of [0, 65536, "54321"]) assert.throws(() => overTcp("127.0.0.1", wrong), RangeError);
 });
 
