@@ -9,6 +9,7 @@ RCODESIGN is the program that has signed; PACKAGES is the path of the packages w
 import gzip
 import os
 import pathlib
+import stat
 import struct
 import subprocess
 import sys
@@ -35,9 +36,7 @@ def run(*command, **options):
 
 def slices(data):
     """The parts of a universal file, each for one machine."""
-    magic, count = struct.unpack_from(">2I", data)
-    if magic != MAGIC_FAT:
-        raise ValueError("not a universal file")
+    _, count = struct.unpack_from(">2I", data)
     for index in range(count):
         _, _, offset, size, alignment = struct.unpack_from(">5I", data, 8 + 20 * index)
         if offset % (1 << alignment):
@@ -45,9 +44,18 @@ def slices(data):
         yield data[offset:offset + size]
 
 
+def is_program(entry):
+    """Whether it is an executable file that is no script."""
+    return stat.S_ISREG(entry.mode) and entry.mode & stat.S_IXUSR and not entry.data.startswith(b"#!")
+
+
 def errors_of_program(path, rcodesign):
     """What is wrong with an installed program; prints what it is for and what it loads."""
-    parts = [MachO(part, path) for part in slices(path.read_bytes())]
+    data = path.read_bytes()
+    if data[:4] != struct.pack(">I", MAGIC_FAT):
+        yield "is not a universal file"
+        return
+    parts = [MachO(part, path) for part in slices(data)]
     if sorted(part.machine for part in parts) != sorted(MACHINES.values()):
         yield "is not for both processors"
     for part in parts:
@@ -114,7 +122,7 @@ def errors(rcodesign, packages, directory):
     yield from (f"{name} is not in the packages" for name in DOCUMENTS if f"./{name}" not in paths)
     for entry in tree:
         path = pathlib.Path(directory, entry.path)
-        if entry.data[:4] == struct.pack(">I", MAGIC_FAT):
+        if is_program(entry):
             yield from (f"{path.name} {error}" for error in errors_of_program(path, rcodesign))
         if str(HERE.parents[1]).encode() in entry.data:
             yield f"{path} has a path of this machine in it"

@@ -20,21 +20,37 @@ case $prefix in
     *) die "give the directory by its full path, or nothing for /usr/local" ;;
 esac
 [ $# -le 1 ] || die "only one directory, please"
+case $prefix in
+    *[[:cntrl:]]*) die "a directory whose name has a line end in it is not possible" ;;
+esac
 files=$(CDPATH='' cd -P -- "$(dirname -- "$0")/files" && pwd -P)
 list=lib/corvane/installed-files.txt
 agent=share/doc/corvane/examples/example.corvane.plist
 config=$prefix/etc/corvane/corvane.conf
 
-# A program is not overwritten but replaced: one that runs goes on, and macOS remembers what it has
-# found out about the signature of a file.
+# put FILE PLACE: a copy that takes the place of what is there in one step. What cannot be written, for
+# want of room or because it is interrupted, leaves it as it was. A program that runs goes on, and macOS
+# remembers what it has found out about the signature of a file.
+put() {
+    mode=644
+    if [ -x "$1" ]; then mode=755; fi
+    rm -f -- "$2.new"
+    if ! { cat "$1" > "$2.new" && chmod "$mode" "$2.new" && mv -f -- "$2.new" "$2"; }; then
+        rm -f -- "$2.new"
+        die "cannot write $2"
+    fi
+}
+
 install_file() {
     mkdir -p "$(dirname -- "$prefix/$1")"
-    rm -f -- "$prefix/$1"
+    # What is moved onto a directory, or a link to one, would end up in it.
+    [ ! -L "$prefix/$1" ] || rm -f -- "$prefix/$1"
+    [ ! -d "$prefix/$1" ] || die "$prefix/$1 is a directory"
     if [ -L "$files/$1" ]; then
+        rm -f -- "$prefix/$1"
         ln -s "$(readlink "$files/$1")" "$prefix/$1"
     else
-        cat "$files/$1" > "$prefix/$1"
-        if [ -x "$files/$1" ]; then chmod 755 "$prefix/$1"; else chmod 644 "$prefix/$1"; fi
+        put "$files/$1" "$prefix/$1"
     fi
 }
 
@@ -58,12 +74,11 @@ while IFS= read -r name; do
 done < "$files/$list"
 [ "$prefix" = /usr/local ] || name_prefix_in_agent
 
-if [ -e "$config" ]; then
+if [ -e "$config" ] || [ -L "$config" ]; then
     echo "Kept: $config"
 else
     mkdir -p "$prefix/etc/corvane"
-    cat "$files/share/doc/corvane/examples/corvane.conf" > "$config"
-    chmod 644 "$config"
+    put "$files/share/doc/corvane/examples/corvane.conf" "$config"
 fi
 echo "Installed under $prefix. To start the server by hand: $prefix/bin/corvane"
 echo "To start it at every log-in: see $prefix/share/doc/corvane/macos.md"

@@ -31,10 +31,11 @@ main() {
     elif [ $# -gt 0 ]; then
         die "the only option is --purge"
     fi
-    home=$(CDPATH='' cd -P -- "$(dirname -- "$0")" && pwd -P)
+    # By the names that were used for the installation: "lib" may be a link to anywhere.
+    home=$(CDPATH='' cd -L -- "$(dirname -- "$0")" && pwd -L)
     [ -f "$home/installed-files.txt" ] || die "start the one that is installed, in lib/corvane"
-    CDPATH='' cd -- "$home/../.."
-    prefix=$(pwd -P)
+    CDPATH='' cd -L -- "$home/../.."
+    prefix=$(pwd -L)
     [ -w lib/corvane ] || die "no permission for $prefix: start it with sudo"
 
     config=etc/corvane/corvane.conf

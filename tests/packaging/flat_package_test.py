@@ -15,6 +15,7 @@ from xml.etree import ElementTree
 MACOS = Path(sys.argv[1]) / "macos"
 sys.path.append(str(MACOS))
 from bom import MOST_PATHS, cksum, write_bom  # noqa: E402
+from check_packages import errors_of_program, is_program  # noqa: E402
 from flat_package import make_package  # noqa: E402
 from read_bom import read_bom  # noqa: E402
 from tree import read_tree  # noqa: E402
@@ -71,6 +72,13 @@ class FlatPackageTest(unittest.TestCase):
         (self.tree / "bin" / "program").chmod(0o700)
         with unittest.mock.patch("time.time", return_value=TIME):
             self.assertEqual(self.make(), first)
+
+    def test_the_check_takes_a_program_for_one_processor_for_none(self):
+        program = next(entry for entry in read_tree(self.tree) if entry.path == "./bin/program")
+        self.assertTrue(is_program(program))
+        self.assertEqual(list(errors_of_program(self.tree / "bin/program", "rcodesign")), ["is not a universal file"])
+        (self.tree / "bin/program").write_text("#!/bin/sh\n")
+        self.assertFalse(any(map(is_program, read_tree(self.tree))))
 
     @unittest.skipUnless(shutil.which("bsdtar"), "no bsdtar here")
     def test_is_an_archive_of_what_installer_expects(self):

@@ -14,7 +14,7 @@ from pathlib import Path
 
 CMAKE, BUILD, PACKAGING = sys.argv[1:4]
 MACOS = Path(PACKAGING) / "macos"
-TOOLS = ["cat", "chmod", "cmp", "dirname", "ln", "mkdir", "mktemp", "readlink", "rm", "rmdir", "sed"]
+TOOLS = ["cat", "chmod", "cmp", "dirname", "ln", "mkdir", "mktemp", "mv", "readlink", "rm", "rmdir", "sed"]
 CONFIG, SAMPLE = "etc/corvane/corvane.conf", "share/doc/corvane/examples/corvane.conf"
 UNINSTALL = "lib/corvane/uninstall.sh"
 
@@ -48,9 +48,9 @@ class MacosInstallTest(unittest.TestCase):
         self.prefix = self.top / "R&D <1>" / "local"
         self.prefix.mkdir(parents=True)
 
-    def run_script(self, script, *arguments):
+    def run_script(self, script, *arguments, tools=None):
         return subprocess.run(["/bin/sh", script, *arguments], capture_output=True, text=True, timeout=60,
-                              check=False, env={"PATH": str(self.tools), "HOME": str(self.top)})
+                              check=False, env={"PATH": str(tools or self.tools), "HOME": str(self.top)})
 
     def install(self, archive=None):
         result = self.run_script((archive or self.archive) / "install.sh", str(self.prefix))
@@ -91,7 +91,7 @@ class MacosInstallTest(unittest.TestCase):
         (self.prefix / CONFIG).write_text("PORT=0\n")
         self.assertIn(f"Kept: {self.prefix}/{CONFIG}", self.install())
         self.assertEqual((self.prefix / CONFIG).read_text(), "PORT=0\n")
-        self.assertIn(f"Kept: {self.prefix.resolve()}/{CONFIG}", self.uninstall())
+        self.assertIn(f"Kept: {self.prefix}/{CONFIG}", self.uninstall())
         self.assertEqual([path for path, what in tree(self.prefix).items() if what], [CONFIG])
 
     def test_takes_configuration_and_log_away_when_told(self):
@@ -118,8 +118,62 @@ class MacosInstallTest(unittest.TestCase):
             self.install()
             self.assertEqual(os.fstat(running.fileno()).st_nlink, 0)
 
+    def without_room_for(self, name, copies_before=0):
+        """Tools of which cat ends in the middle of a file of this name, after some that it copies."""
+        tools, copied = self.top / "tools", self.top / "copied"
+        copied.write_text("x" * copies_before)
+        shutil.copytree(self.tools, tools, symlinks=True)
+        (tools / "cat").unlink()
+        (tools / "cat").write_text(f"#!/bin/sh\ncase $1 in */{name})\n    read -r left < {copied} || :\n"
+                                   f'    [ "$left" ] || {{ printf half; exit 1; }}\n'
+                                   f"    printf %s \"${{left#x}}\" > {copied}\nesac\n"
+                                   f'exec {shutil.which("cat")} "$@"\n')
+        (tools / "cat").chmod(0o755)
+        return tools
+
+    def test_an_upgrade_that_stops_halfway_leaves_no_half_file(self):
+        self.install()
+        before = tree(self.prefix)
+        result = self.run_script(self.archive / "install.sh", str(self.prefix), tools=self.without_room_for("corvanectl"))
+        self.assertEqual((result.returncode, result.stderr),
+                         (1, f"install.sh: cannot write {self.prefix}/bin/corvanectl\n"))
+        self.assertEqual(tree(self.prefix), before)
+
+    def test_an_installation_that_stops_halfway_leaves_no_half_configuration(self):
+        result = self.run_script(self.archive / "install.sh", str(self.prefix), tools=self.without_room_for("corvane.conf", 1))
+        self.assertEqual(result.returncode, 1)
+        self.assertFalse((self.prefix / CONFIG).exists())
+        self.install()
+        self.assertEqual((self.prefix / CONFIG).read_bytes(), (self.prefix / SAMPLE).read_bytes())
+
+    def test_writes_through_no_link_of_the_user(self):
+        (self.prefix / "etc/corvane").mkdir(parents=True)
+        elsewhere = self.top / "elsewhere"
+        (self.prefix / CONFIG).symlink_to(elsewhere)
+        self.assertIn(f"Kept: {self.prefix}/{CONFIG}", self.install())
+        subprocess.run([MACOS / "scripts" / "postinstall", "package", self.prefix, "/", "/"], check=True, timeout=60)
+        self.assertFalse(elsewhere.exists())
+
+    def test_puts_nothing_into_a_directory_in_the_place_of_a_file(self):
+        (self.prefix / "bin/corvanectl").mkdir(parents=True)
+        result = self.run_script(self.archive / "install.sh", str(self.prefix))
+        self.assertEqual((result.returncode, result.stderr),
+                         (1, f"install.sh: {self.prefix}/bin/corvanectl is a directory\n"))
+        self.assertEqual(tree(self.prefix / "bin/corvanectl"), {})
+
+    def test_removes_from_the_directory_that_it_was_installed_in_also_behind_links(self):
+        disk = self.top / "disk"
+        (disk / "lib").mkdir(parents=True)
+        (disk / "bin").mkdir()
+        (disk / "bin" / "corvane").write_text("somebody else's")
+        (self.prefix / "lib").symlink_to(disk / "lib")
+        self.install()
+        self.uninstall()
+        self.assertEqual(tree(disk)["bin/corvane"][1], b"somebody else's")
+        self.assertEqual({path for path, what in tree(self.prefix).items() if what}, {"lib"})
+
     def test_refuses_what_it_does_not_know(self):
-        for arguments in (["relative"], ["/a", "/b"]):
+        for arguments in (["relative"], ["/a", "/b"], [f"{self.prefix}\n"]):
             self.assertEqual(self.run_script(self.archive / "install.sh", *arguments).returncode, 1)
         self.install()
         before = tree(self.prefix)
