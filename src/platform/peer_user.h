@@ -4,6 +4,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@ FileDesc openPeerUsers();
 /// the system has forgotten; ENOTCONN for one that has reset the connection; EOVERFLOW for a user
 /// without a number here; or what a system call fails with.
 std::optional<uid_t> peerUser(int channel, int connection);
+
+/// Whether it is the user of this program or root, who may do all that this program may.
+inline bool isOwnUserOrRoot(uid_t user) { return user == 0 || user == ::geteuid(); }
 
 /// The user's name, empty for none. Linux only looks into the machine's own list, since the service
 /// of a network might let the caller wait.

@@ -1,6 +1,4 @@
 // Who may connect when only the server's own user and root may.
-#include <unistd.h>
-
 #include <cerrno>
 #include <chrono>
 #include <log4cpp/Category.hh>
@@ -36,8 +34,7 @@ bool Server::mayConnect(int sock, const sockaddr_in& peer) {
     }
     const std::optional<uid_t> user = platform::peerUser(peerUsers_, sock);
     const int error = errno;
-    constexpr uid_t root = 0;
-    if (user && (*user == root || *user == ::geteuid())) {
+    if (user && platform::isOwnUserOrRoot(*user)) {
         return true;
     }
     const auto now = std::chrono::steady_clock::now();

@@ -87,6 +87,28 @@ class FilesTest(PlayTest):
                 self.assertEqual(self.status("", Host=host), 403)
         self.assertEqual(self.status("", Host=f"LOCALHOST:{self.port}"), 200)
 
+    def hundreds_of_status_as(self, user):
+        """Of the reply that another user's program gets, who has seen the address; 0 for none."""
+        child = os.fork()
+        if child == 0:
+            hundreds = 255
+            try:
+                os.setresuid(user, user, user)
+                hundreds = self.status("") // 100
+            except ConnectionError:
+                hundreds = 0
+            finally:
+                os._exit(hundreds)
+        return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+
+    @unittest.skipUnless(os.geteuid() == 0, "only the superuser can be several users")
+    def test_answers_to_no_other_user(self):
+        self.play()
+        self.assertEqual([self.hundreds_of_status_as(user) for user in (0, 4321, 4321)], [2, 0, 0])
+        self.process.terminate()
+        self.assertEqual(self.process.communicate(timeout=60)[1],
+                         "corvane-play: refused a connection of user 4321\n")
+
     def test_answers_to_the_page_itself_and_to_no_other(self):
         self.play()
         for site, status in (("same-origin", 200), ("none", 200), ("cross-site", 403), ("same-site", 403)):

@@ -155,6 +155,12 @@ class ProgramTest(PlayTest):
         self.assertEqual(self.wait_for_status(), 0)
         self.assertFalse(os.path.exists(profile))
 
+    def test_tells_that_the_browser_has_not_come_to_the_page(self):
+        environment = self.fake_program("chromium", "exit 3\n")
+        self.assertIn("the browser has ended before it has shown the page",
+                      self.run_it("--kiosk", "--port", str(self.target_port), self.place / "start.swf", status=1,
+                                  env=environment))
+
     def test_ends_the_browser_in_full_screen_with_itself(self):
         pid = self.scratch / "pid"
         script = f"echo $$ > {pid}.new && mv {pid}.new {pid}\nexec sleep 1000\n"

@@ -111,7 +111,10 @@ void App::onSignal(int sig) {
         context_.stop();
         return;
     }
-    if (kiosk_ && kiosk_->hasEnded()) {
+    if (const auto status = kiosk_ ? kiosk_->status() : std::nullopt) {
+        if (*status != 0 && !service_->presence.wasThere()) {
+            return fail("the browser has ended before it has shown the page");
+        }
         context_.stop();
     } else if (corvane_.hasEnded()) {
         fail("Corvane has ended");

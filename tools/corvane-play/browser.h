@@ -27,7 +27,8 @@ class Kiosk {
     Kiosk(Kiosk&&) = delete;
     Kiosk& operator=(Kiosk&&) = delete;
 
-    bool hasEnded() { return process_->status().has_value(); }
+    /// Whether the browser has ended; then its status as waitpid(2) tells it.
+    std::optional<int> status() { return process_->status(); }
 
   private:
     std::string profile_;

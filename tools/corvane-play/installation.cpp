@@ -1,7 +1,6 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
 
@@ -13,10 +12,6 @@
 
 namespace corvane::play {
 namespace {
-
-bool isExecutable(const std::string& path) {
-    return !isDirectory(path) && ::access(path.c_str(), X_OK) == 0;
-}
 
 // Beside this program in a build directory, else where an installation has it.
 std::string installedDirectory(const std::string& ownDirectory) {

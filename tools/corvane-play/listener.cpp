@@ -1,10 +1,15 @@
 #include "corvane-play/listener.h"
 
+#include <cerrno>
 #include <chrono>
+#include <cstring>
+#include <iostream>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "corvane-play/connection.h"
+#include "text/strings.h"
 
 namespace corvane::play {
 
@@ -28,10 +33,26 @@ void Listener::onAccept(error_code error, Tcp::socket socket) {
         rest_.async_wait([this](error_code) { accept(); });
         return;
     }
-    if (service_->connections < service_->site.limits.connections) {
+    if (service_->connections < service_->site.limits.connections &&
+        mayConnect(socket.native_handle())) {
         std::make_shared<Connection>(*service_, std::move(socket))->start();
     }
     accept();
+}
+
+bool Listener::mayConnect(int socket) {
+    const std::optional<uid_t> user = platform::peerUser(peerUsers_, socket);
+    const int error = errno;
+    if (user && platform::isOwnUserOrRoot(*user)) {
+        return true;
+    }
+    if (!std::exchange(hasWarned_, true)) {
+        std::cerr << "corvane-play: refused a connection "
+                  << (user ? format("of user %u", *user)
+                           : format("whose user cannot be told (%s)", std::strerror(error)))
+                  << std::endl;
+    }
+    return false;
 }
 
 }  // namespace corvane::play

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,14 +18,20 @@
 
 namespace corvane::play {
 
+bool isExecutable(const std::string& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
+           ::access(path.c_str(), X_OK) == 0;
+}
+
 std::string findProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return ::access(name.c_str(), X_OK) == 0 ? name : "";
+        return isExecutable(name) ? name : "";
     }
     const char* const search = ::getenv("PATH");
     for (const std::string& directory : strExplode(search == nullptr ? "" : search, ":")) {
         std::string path = concatenate(directory.empty() ? "." : directory, "/", name);
-        if (::access(path.c_str(), X_OK) == 0) {
+        if (isExecutable(path)) {
             return path;
         }
     }

@@ -12,6 +12,9 @@
 
 namespace corvane::play {
 
+/// Whether it is a file, and can be executed.
+bool isExecutable(const std::string& path);
+
 /// The program's path: `name` itself when it has a "/" and can be executed, else the first of that
 /// name in the directories of PATH; empty when there is none.
 std::string findProgram(const std::string& name);

@@ -37,6 +37,8 @@ class Presence {
 
     void enter();
     void leave();
+    /// Whether any page has come so far.
+    bool wasThere() const { return wasThere_; }
 
     std::function<void()> onFirst;  ///< the first page has come
     std::function<void()> onGone;   ///< there was one, and none has been there for a while
