@@ -80,6 +80,11 @@ build_libraries() {
     compile "$directory" install
 }
 
+# As configure, for the project itself: with what CMake cannot find, or try, on another system.
+configure_project() {
+    configure "$@" -DCORVANE_EVENT_QUEUE=ON -DCORVANE_BOOST_HEADERS="$boost"
+}
+
 # Everything that a user's build makes, with the tests unless $tests is OFF, configured as
 # script/server does it, but optimised less, which saves half of the time. Functions that nothing uses
 # stay in: what they call must exist on macOS like the rest. Arguments behind the architecture go to
@@ -87,9 +92,8 @@ build_libraries() {
 build_project() {
     local arch=$1
     shift
-    (cd "$root" && configure "$build/$arch" "$arch" --preset release \
-        -DCORVANE_TESTS="${tests:-ON}" -DCORVANE_EVENT_QUEUE=ON -DCORVANE_BOOST_HEADERS="$boost" \
-        -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
+    (cd "$root" && configure_project "$build/$arch" "$arch" --preset release \
+        -DCORVANE_TESTS="${tests:-ON}" -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" \
         -DCMAKE_EXE_LINKER_FLAGS="-Wl,--no-gc-sections $link_log4cpp" "$@")
     compile "$build/$arch" all
 }

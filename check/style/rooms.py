@@ -29,9 +29,9 @@ ALLOWED = {
     "src/cmdl": BASE,
     "tools/cvnopen": set(),
     "tools/cvnwinfo": set(),
-    # Of the server, the client has nothing but the names of the commands.
     # The player reads the server's configuration as the server does, and the size of a movie.
     "tools/corvane-play": FILES | {"launch/movie_size.h", "app/settings.h"},
+    # Of the server, the client has nothing but the names of the commands.
     "tools/corvanectl": PLATFORM | {"cmdl", "commands/command_syntax.h"},
 }
 INCLUDE = re.compile(r'\s*#\s*include\s+"(([^"/]+)/[^"]*)"')

@@ -6,6 +6,7 @@ class Corvane < Formula
   sha256 "0000000000000000000000000000000000000000000000000000000000000000"
   license "MIT"
 
+  depends_on "boost" => :build
   depends_on "cmake" => :build
   depends_on "ninja" => :build
   depends_on "log4cpp"
@@ -19,7 +20,7 @@ class Corvane < Formula
     system "cmake", "-S", ".", "-B", "build", "-G", "Ninja", "-DCORVANE_TESTS=OFF",
            "-DCORVANE_CONFIG_DIR=#{etc}/corvane", "-DCMAKE_INSTALL_MANDIR=#{man}", *std_cmake_args
     system "cmake", "--build", "build"
-    system "cmake", "--install", "build"
+    system "cmake", "--install", "build", "--component", "corvane"
   end
 
   def caveats

@@ -41,6 +41,17 @@ class FormulaTest(unittest.TestCase):
             with self.subTest(variable=variable):
                 self.assertRegex(known, rf"(?:option|set)\({variable}\b")
 
+    def test_depends_on_what_the_build_wants(self):
+        bootstrap = (ROOT / "script" / "bootstrap").read_text()
+        for library in re.search(r"formulae=\((.*)\)$", bootstrap, re.M)[1].split():
+            with self.subTest(library=library):
+                self.assertIn(f'  depends_on "{library}"', TEXT)
+
+    def test_installs_the_same_part_as_the_package(self):
+        package = (ROOT / "script" / "package-macos").read_text()
+        self.assertEqual(re.search(r"cmake --install .* --component (\w+)", package)[1],
+                         only(r'"--install", .*"--component", "(\w+)"$'))
+
     def test_service_and_agent_run_in_the_same_way(self):
         service = TEXT.split("service do\n")[1].split("  end\n")[0]
         agent = (ROOT / "packaging/launchd/corvane.plist.in").read_text()
