@@ -1,10 +1,12 @@
 #include "corvanectl/exchange.h"
 
+#include <arpa/inet.h>
 #include <fcntl.h>
 #include <netdb.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -18,6 +20,13 @@ namespace corvane::ctl {
 namespace {
 
 constexpr std::size_t receiveChunk = std::size_t{64} * 1024;
+
+sockaddr_in addressOf(int (*ask)(int, sockaddr*, socklen_t*), int sock) {
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    ask(sock, reinterpret_cast<sockaddr*>(&address), &size);
+    return address;
+}
 
 }  // namespace
 
@@ -75,6 +84,18 @@ std::optional<std::string> Connection::receive() {
             fail("cannot receive from", errno);
         }
     }
+}
+
+std::string Connection::ownAddress() const {
+    const sockaddr_in own = addressOf(::getsockname, sock_);
+    std::array<char, INET_ADDRSTRLEN> name{};
+    ::inet_ntop(AF_INET, &own.sin_addr, name.data(), name.size());
+    return format("%s:%d", name.data(), ntohs(own.sin_port));
+}
+
+bool Connection::staysOnThisMachine() const {
+    return addressOf(::getsockname, sock_).sin_addr.s_addr ==
+           addressOf(::getpeername, sock_).sin_addr.s_addr;
 }
 
 void Connection::restartTime() { deadline_ = deadlineAfter(timeout_); }

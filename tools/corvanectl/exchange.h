@@ -35,6 +35,11 @@ class Connection {
     /// connection instead.
     std::optional<std::string> receive();
 
+    /// This end as the server's log names it, "127.0.0.1:40000".
+    std::string ownAddress() const;
+    /// Whether both ends have the same address, so that the server's files may be in reach.
+    bool staysOnThisMachine() const;
+
     /// Gives the endpoint's time once more, for the next request.
     void restartTime();
 

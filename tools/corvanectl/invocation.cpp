@@ -30,6 +30,7 @@ cmdl::Options declaredOptions() {
     options.addOption({"x", "xml", "print the reply as it came", true, "", true});
     options.addOption({"j", "json", "print the reply as a JSON object", true, "", true});
     options.addOption({"l", "long", "list directories with kind, size and date", true, "", true});
+    options.addOption({"", "log", "the server's log, looked for by default", false, "FILE", true});
     options.addOption({"v", "version", "print the version", true, "", true});
     return options;
 }
@@ -104,6 +105,7 @@ Invocation parseInvocation(int argc, const char* const* argv, const Invocation& 
     to.host = line.getOptionValue("H", to.host);
     to.port = numberOption(line, "p", "port", 1, largestPort, to.port);
     to.timeout = numberOption(line, "t", "number of seconds", 0, longestTimeout, to.timeout);
+    result.log = line.getOptionValue("log", result.log);
     result.xml = result.xml || line.hasOption("x");
     result.json = result.json || line.hasOption("j");
     result.longListing = result.longListing || line.hasOption("l");

@@ -21,6 +21,8 @@ struct Invocation {
     bool longListing = false;
     /// Of "copy" and "rename": put the file in the place of an existing one.
     bool replace = false;
+    /// The server's log; empty to look where the server writes it.
+    std::string log;
     std::string command;
     /// For Mode::Complete: the words of the command line so far, if any.
     std::vector<std::string> parameters;

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "text/strings.h"
+
 namespace corvane::ctl {
 namespace {
 
@@ -34,7 +36,8 @@ void printDetails(const Reply& reply, std::ostream& out) {
     }
 }
 
-std::string describeFailure(const std::string& command, const Reply& reply) {
+std::string describeFailure(const std::string& command, const Reply& reply,
+                            const std::string& why) {
     std::string text = command + ": FAILED";
     if (reply.errnoValue) {
         text += ", error " + std::to_string(*reply.errnoValue) + " (" + meaning(*reply.errnoValue) +
@@ -43,7 +46,7 @@ std::string describeFailure(const std::string& command, const Reply& reply) {
     if (!reply.hint.empty()) {
         text += ", " + reply.hint;
     }
-    return text + "; the server's log tells why";
+    return concatenate(text, "; ", why);
 }
 
 }  // namespace corvane::ctl

@@ -12,7 +12,8 @@ namespace corvane::ctl {
 /// one on each line, and several values as "name=value" lines.
 void printDetails(const Reply& reply, std::ostream& out);
 
-/// One line that says what a FAILED reply tells.
-std::string describeFailure(const std::string& command, const Reply& reply);
+/// One line that says what a FAILED reply tells, and `why` at its end.
+std::string describeFailure(const std::string& command, const Reply& reply,
+                            const std::string& why = "the server's log tells why");
 
 }  // namespace corvane::ctl

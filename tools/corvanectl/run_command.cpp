@@ -12,6 +12,7 @@
 #include "corvanectl/input.h"
 #include "corvanectl/json.h"
 #include "corvanectl/listing.h"
+#include "corvanectl/local/reason.h"
 #include "corvanectl/local_command.h"
 #include "corvanectl/output.h"
 #include "corvanectl/plain_words.h"
@@ -37,7 +38,22 @@ void printForPeople(const Invocation& invocation, const Reply& reply) {
     }
 }
 
-int showReply(const Invocation& invocation, const std::string& text) {
+struct Answer {
+    /// Nothing when the server has closed the connection instead.
+    std::optional<std::string> reply;
+    std::string client;
+    bool isFromThisMachine;
+};
+
+std::string reasonFor(const Invocation& invocation, const Answer& answer, const FailureLog& log) {
+    if (!answer.isFromThisMachine && invocation.log.empty()) {
+        return "the server's log tells why; it is on " + invocation.endpoint.host;
+    }
+    return log.explain(answer.client, invocation.command);
+}
+
+int showReply(const Invocation& invocation, const Answer& answer, const FailureLog& log) {
+    const std::string& text = *answer.reply;
     const Reply reply = parseReply(text);
     if (invocation.xml) {
         std::cout << text << '\n';
@@ -46,7 +62,8 @@ int showReply(const Invocation& invocation, const std::string& text) {
     } else if (reply.ok) {
         printForPeople(invocation, reply);
     } else {
-        std::cerr << "corvanectl: " << describeFailure(invocation.command, reply) << '\n';
+        const std::string why = reasonFor(invocation, answer, log);
+        std::cerr << "corvanectl: " << describeFailure(invocation.command, reply, why) << '\n';
     }
     return reply.ok ? succeeded : answeredFailed;
 }
@@ -61,9 +78,13 @@ int showEnd(const Invocation& invocation) {
     return succeeded;
 }
 
-std::optional<std::string> send(const Invocation& invocation, const std::string& text) {
+Answer send(const Invocation& invocation, const std::string& text) {
     ProgressLine progress;
-    return ctl::exchange(invocation.endpoint, text, progress.observer());
+    Connection connection(invocation.endpoint, progress.observer());
+    connection.send(text);
+    const std::string client = connection.ownAddress();
+    const bool isHere = connection.staysOnThisMachine();
+    return {connection.receive(), client, isHere};
 }
 
 int request(const Invocation& invocation) {
@@ -73,9 +94,10 @@ int request(const Invocation& invocation) {
     }
     const std::string text =
         makeRequest(*command, invocation.parameters, [] { return readInput(STDIN_FILENO); });
-    const std::optional<std::string> reply = send(invocation, text);
-    if (reply) {
-        return showReply(invocation, *reply);
+    const FailureLog log(queryForLog(invocation.log, invocation.endpoint.port));
+    const Answer answer = send(invocation, text);
+    if (answer.reply) {
+        return showReply(invocation, answer, log);
     }
     if (invocation.command == "shutdown") {
         return showEnd(invocation);
