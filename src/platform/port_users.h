@@ -35,6 +35,8 @@ std::vector<PortUser> portUsers(int port);
 struct ProcessInfo {
     /// Full path of the program; empty where it is not told.
     std::string executable;
+    /// The name by which it was started, its first argument; empty where that is not told (macOS).
+    std::string startedAs;
     std::optional<uid_t> user;
     /// Seconds since 1970 of its start.
     std::optional<std::int64_t> startedAt;

@@ -213,7 +213,10 @@ ProcessInfo processInfo(pid_t process) {
     if (::stat(directory.c_str(), &info) != 0) {
         return {};
     }
-    return {withoutMark(linkOf(directory + "/exe")), info.st_uid, startOf(directory)};
+    std::string startedAs;
+    std::ifstream arguments(directory + "/cmdline");
+    std::getline(arguments, startedAs, '\0');
+    return {withoutMark(linkOf(directory + "/exe")), startedAs, info.st_uid, startOf(directory)};
 }
 
 std::optional<std::vector<std::string>> filesWrittenBy(pid_t process) {

@@ -94,6 +94,7 @@ TEST(PortUsers, IncludeAnIpv6SocketForIpv4) {
 TEST(ProcessInfo, TellsExecutableUserAndStart) {
     const platform::ProcessInfo own = platform::processInfo(::getpid());
     EXPECT_EQ(own.executable, std::filesystem::read_symlink("/proc/self/exe").string());
+    EXPECT_TRUE(endsWith(own.executable, own.startedAs.substr(own.startedAs.rfind('/'))));
     EXPECT_EQ(own.user, ::geteuid());
     const std::time_t now = std::time(nullptr);
     ASSERT_TRUE(own.startedAt.has_value());

@@ -72,6 +72,11 @@ void takeCommandOptions(Invocation& invocation) {
         invocation.command = "help";
         return;
     }
+    if (invocation.command == "status" && parameters == std::vector<std::string>{"--json"}) {
+        invocation.json = true;
+        parameters.clear();
+        return;
+    }
     const bool copies = invocation.command == "copy" || invocation.command == "rename";
     const std::string_view first = parameters.empty() ? "" : std::string_view(parameters.front());
     const bool isLong = invocation.command == "listDir" && parameters.size() == 2 && first == "-l";

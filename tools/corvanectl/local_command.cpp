@@ -4,6 +4,7 @@
 #include <array>
 
 #include "corvanectl/local/help.h"
+#include "corvanectl/local/status.h"
 #include "corvanectl/local/transfer.h"
 
 namespace corvane::ctl {
@@ -30,6 +31,10 @@ constexpr auto table = std::to_array<LocalCommand>({
       "local: its new name, or a directory; the same name without it",
       "corvanectl get --bytes /tmp/picture.png picture.png"},
      local::get},
+    {{"status", ""},
+     {"Tells whether a server runs on this machine, and what can be seen of it.",
+      "--json: one object for scripts", "corvanectl status"},
+     local::status},
 });
 
 }  // namespace
