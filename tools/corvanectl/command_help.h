@@ -16,7 +16,7 @@ struct CommandHelp {
     /// As it is typed.
     std::string_view example;
     /// What one should know before; empty for most commands.
-    std::string_view note = "";
+    std::string_view note{};
 };
 
 /// The text for a command of the server; null when there is none.

@@ -93,7 +93,7 @@ struct LineEditor::State {
 
 LineEditor::LineEditor(std::string prompt, Completer completer)
     : state_(std::make_unique<State>()) {
-    std::setlocale(LC_CTYPE, "");
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));
     state_->prompt = std::move(prompt);
     state_->completer = std::move(completer);
     state_->history.reset(::history_init());

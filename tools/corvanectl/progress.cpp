@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cmath>
 #include <iostream>
 #include <utility>
 
@@ -24,7 +23,8 @@ std::string remaining(double bytesPerSecond, std::size_t bytes, std::size_t tota
     if (total <= bytes || bytesPerSecond <= 0) {
         return "";
     }
-    return format(", %.0f s left", std::ceil(static_cast<double>(total - bytes) / bytesPerSecond));
+    // Not less than it takes: half a second more before it is rounded.
+    return format(", %.0f s left", static_cast<double>(total - bytes) / bytesPerSecond + 0.5);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
-#include <cmath>
 #include <string_view>
 
 #include "text/exception.h"
@@ -120,11 +119,10 @@ std::string completeText(Session& session, const std::string& file, std::string 
     }
     const std::chrono::duration<double> each =
         (Clock::now() - begin) / static_cast<double>(reader.requests());
-    throw Exception(
-        format("'%s' has %zu bytes 0x00, which readText leaves out; 'get --bytes' reads "
-               "it with up to %zu requests, in about %.0f s",
-               file.c_str(), size - text.size(), size,
-               std::ceil(each.count() * static_cast<double>(size))));
+    throw Exception(format(
+        "'%s' has %zu bytes 0x00, which readText leaves out; 'get --bytes' reads "
+        "it with up to %zu requests, in about %.0f s",
+        file.c_str(), size - text.size(), size, each.count() * static_cast<double>(size) + 0.5));
 }
 
 }  // namespace corvane::ctl
