@@ -98,11 +98,13 @@ TEST(SampleKeys, HaveOneFieldEachAndLeaveNoneWithoutAKey) {
     const auto keys = sampleKeys();
     for (const auto& [key, value] : keys) {
         const Texts other = fieldsWith(key, otherThan(key, value));
+        const std::size_t before = changed.size();
         for (std::size_t i = 0; i < other.size(); ++i) {
             if (other[i] != defaults[i]) {
                 EXPECT_TRUE(changed.insert(i).second) << key;
             }
         }
+        EXPECT_EQ(changed.size(), before + 1) << key;
     }
     EXPECT_EQ(changed.size(), keys.size());
     EXPECT_EQ(changed.size(), defaults.size());

@@ -108,14 +108,14 @@ class SameUserTest(unittest.TestCase):
         if not can("ip", "link") or not can("unshare", "--net", "ip", "link", "set", "lo", "up"):
             self.skipTest("no network namespaces here")
         server = self.start("SAMEUSER=true\nADDRESS=any\n", wrapper=["unshare", "--net"])
-        with subprocess.Popen(["unshare", "--net", "sleep", "1000"]) as other:
-            self.addCleanup(other.kill)
-            wait_until(lambda: os.readlink(f"/proc/{other.pid}/ns/net") !=
-                       os.readlink("/proc/self/ns/net"), "network")
-            self.lay_cable(server.process.pid, other.pid)
-            self.assertIn(SUCCESS, self.exchange_inside(server.process.pid, server.port))
-            self.assertEqual(self.exchange_inside(other.pid, server.port), "")
-            other.kill()
+        other = subprocess.Popen(["unshare", "--net", "sleep", "1000"])
+        self.addCleanup(other.wait)
+        self.addCleanup(other.kill)  # before it is waited for
+        wait_until(lambda: os.readlink(f"/proc/{other.pid}/ns/net") !=
+                   os.readlink("/proc/self/ns/net"), "network")
+        self.lay_cable(server.process.pid, other.pid)
+        self.assertIn(SUCCESS, self.exchange_inside(server.process.pid, server.port))
+        self.assertEqual(self.exchange_inside(other.pid, server.port), "")
         self.assertRegex(self.refusals(server)[0],
                          r"Client 10\.1\.2\.2:\d+: refused, its user cannot be told \(2\)$")
 
