@@ -3,6 +3,7 @@
 Usage: files_test.py CORVANE_PLAY SERVER
 """
 import os
+import signal
 import socket
 import sys
 import unittest
@@ -108,6 +109,15 @@ class FilesTest(PlayTest):
         self.process.terminate()
         self.assertEqual(self.process.communicate(timeout=60)[1],
                          "corvane-play: refused a connection of user 4321\n")
+
+    def test_says_nothing_of_a_connection_that_is_gone_already(self):
+        self.play()
+        self.process.send_signal(signal.SIGSTOP)
+        socket.create_connection(("127.0.0.1", self.port)).close()
+        self.process.send_signal(signal.SIGCONT)
+        self.assertEqual(self.status(""), 200)
+        self.process.terminate()
+        self.assertEqual(self.process.communicate(timeout=60)[1], "")
 
     def test_answers_to_the_page_itself_and_to_no_other(self):
         self.play()

@@ -46,7 +46,8 @@ bool Listener::mayConnect(int socket) {
     if (user && platform::isOwnUserOrRoot(*user)) {
         return true;
     }
-    if (!std::exchange(hasWarned_, true)) {
+    const bool isGoneAlready = !user && (error == ENOENT || error == ENOTCONN);
+    if (!isGoneAlready && !std::exchange(hasWarned_, true)) {
         std::cerr << "corvane-play: refused a connection "
                   << (user ? format("of user %u", *user)
                            : format("whose user cannot be told (%s)", std::strerror(error)))
