@@ -31,8 +31,8 @@ ALLOWED = {
     "tools/cvnwinfo": set(),
     # The player reads the server's configuration as the server does, and the size of a movie.
     "tools/corvane-play": FILES | {"launch/movie_size.h", "app/settings.h"},
-    # Of the server, the client has nothing but the names of the commands.
-    "tools/corvanectl": PLATFORM | {"cmdl", "commands/command_syntax.h"},
+    # Of the server, the client has nothing but the names of commands and keys.
+    "tools/corvanectl": PLATFORM | {"cmdl", "commands/command_syntax.h", "app/setting_keys.h"},
 }
 INCLUDE = re.compile(r'\s*#\s*include\s+"(([^"/]+)/[^"]*)"')
 CONDITION = re.compile(r"\s*#\s*(?:el)?if(?:n?def)?\b.*"

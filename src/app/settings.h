@@ -1,7 +1,7 @@
 // The configuration file and its keys. Every key is read here, once, but for the programs of file
 // extensions ("app.EXT"), which the launcher looks up. A new key needs: its field, its line in
-// settings.cpp, and a word in packaging/corvane.conf, in the manual page and in README's table;
-// tests fail when one of them is missing.
+// settings.cpp, its row in setting_keys.h, and a word in packaging/corvane.conf, in the manual page
+// and in README's table; tests fail when one of them is missing.
 #pragma once
 
 #include <string>

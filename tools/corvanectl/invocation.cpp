@@ -2,9 +2,11 @@
 
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 #include "cmdl/command_line.h"
 #include "corvanectl/command_list.h"
+#include "corvanectl/local/log_view.h"
 #include "corvanectl/local_command.h"
 #include "text/exception.h"
 #include "text/strings.h"
@@ -75,6 +77,10 @@ void takeCommandOptions(Invocation& invocation) {
     if (invocation.command == "status" && parameters == std::vector<std::string>{"--json"}) {
         invocation.json = true;
         parameters.clear();
+        return;
+    }
+    if (invocation.command == "log" && LogView::parse(parameters)) {
+        invocation.options = std::exchange(parameters, {});
         return;
     }
     const bool copies = invocation.command == "copy" || invocation.command == "rename";

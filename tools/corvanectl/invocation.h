@@ -23,6 +23,8 @@ struct Invocation {
     bool replace = false;
     /// The server's log; empty to look where the server writes it.
     std::string log;
+    /// What stood behind a command of corvanectl's own and is no parameter.
+    std::vector<std::string> options;
     std::string command;
     /// For Mode::Complete: the words of the command line so far, if any.
     std::vector<std::string> parameters;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "corvanectl/local/doctor.h"
 #include "corvanectl/local/help.h"
+#include "corvanectl/local/show_log.h"
 #include "corvanectl/local/status.h"
 #include "corvanectl/local/transfer.h"
 
@@ -35,6 +37,18 @@ constexpr auto table = std::to_array<LocalCommand>({
      {"Tells whether a server runs on this machine, and what can be seen of it.",
       "--json: one object for scripts", "corvanectl status"},
      local::status},
+    {{"doctor", ""},
+     {"Looks at the installed server as a whole: a line for each thing, and how to mend it.", "",
+      "corvanectl doctor"},
+     local::doctor},
+    {{"log", ""},
+     {"Shows the server's log; with parameters, it sends the server's command of this name.",
+      "-f: go on with what is added\n"
+      "--level=LEVEL: lines of this level and above\n"
+      "--client=ADDRESS: lines that name the client, with or without its port\n"
+      "--command=NAME: lines about the command",
+      "corvanectl log -f --level WARN"},
+     local::log},
 });
 
 }  // namespace

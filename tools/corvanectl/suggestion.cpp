@@ -32,23 +32,28 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-std::string_view suggestCommand(std::string_view name) {
+std::string_view suggest(std::string_view name, std::span<const std::string_view> candidates) {
     std::string_view best;
     std::size_t fewest = std::max<std::size_t>(1, name.size() / 3) + 1;
-    const auto consider = [&](std::string_view candidate) {
+    for (const std::string_view candidate : candidates) {
         const std::size_t distance = editDistance(name, candidate);
         if (distance < fewest && distance < candidate.size()) {
             fewest = distance;
             best = candidate;
         }
-    };
-    for (const CommandUsage& command : commandList()) {
-        consider(command.name);
-    }
-    for (const LocalCommand& command : localCommands()) {
-        consider(command.usage.name);
     }
     return best;
+}
+
+std::string_view suggestCommand(std::string_view name) {
+    std::vector<std::string_view> names;
+    for (const CommandUsage& command : commandList()) {
+        names.push_back(command.name);
+    }
+    for (const LocalCommand& command : localCommands()) {
+        names.push_back(command.usage.name);
+    }
+    return suggest(name, names);
 }
 
 Exception unknownCommand(std::string_view name) {

@@ -22,6 +22,11 @@ std::optional<LogPosition> endOfLog(const std::string& path) {
 
 std::optional<std::string> readLog(const std::string& path, const LogPosition& from,
                                    std::size_t most) {
+    LogPosition at = from;
+    return readOn(path, at, most);
+}
+
+std::optional<std::string> readOn(const std::string& path, LogPosition& at, std::size_t most) {
     const OpenedFile file = openGuarded(AT_FDCWD, path, O_RDONLY);
     if (file.fd == -1) {
         return std::nullopt;
@@ -30,9 +35,9 @@ std::optional<std::string> readLog(const std::string& path, const LogPosition& f
         errno = EINVAL;
         return std::nullopt;
     }
-    const bool isSame = file.info.st_dev == from.device && file.info.st_ino == from.file &&
-                        file.info.st_size >= from.offset;
-    const off_t begin = isSame ? from.offset : 0;
+    const bool isSame = file.info.st_dev == at.device && file.info.st_ino == at.file &&
+                        file.info.st_size >= at.offset;
+    const off_t begin = isSame ? at.offset : 0;
     const auto size = static_cast<std::size_t>(file.info.st_size - begin);
     const std::size_t wanted = std::min(size, most);
     // One byte more shows whether the first line is a whole one.
@@ -47,6 +52,7 @@ std::optional<std::string> readLog(const std::string& path, const LogPosition& f
         return std::nullopt;
     }
     text.resize(static_cast<std::size_t>(got));
+    at = {file.info.st_dev, file.info.st_ino, start - before + static_cast<off_t>(got)};
     if (before == 1) {
         const std::size_t lineEnd = text.find('\n');
         text.erase(0, lineEnd == std::string::npos ? text.size() : lineEnd + 1);

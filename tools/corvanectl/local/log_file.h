@@ -23,5 +23,7 @@ std::optional<LogPosition> endOfLog(const std::string& path);
 /// the file is another one or shorter than it was. Nothing, with errno, when it cannot be read.
 std::optional<std::string> readLog(const std::string& path, const LogPosition& from,
                                    std::size_t most);
+/// The same from `at`, which is moved to the end of what was read.
+std::optional<std::string> readOn(const std::string& path, LogPosition& at, std::size_t most);
 
 }  // namespace corvane::ctl
