@@ -110,6 +110,18 @@ class FilesTest(PlayTest):
         self.assertEqual(self.process.communicate(timeout=60)[1],
                          "corvane-play: refused a connection of user 4321\n")
 
+    def test_refuses_a_request_of_two_hosts_or_two_origins(self):
+        self.play()
+        host = f"127.0.0.1:{self.port}"
+        upgrade = (f"GET {self.bridges[0]} HTTP/1.1", "Connection: Upgrade", "Upgrade: websocket",
+                   "Sec-WebSocket-Version: 13", "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==",
+                   f"Host: {host}", f"Origin: http://{host}")
+        for lines, status in ((upgrade, 101), ((*upgrade, "Origin: http://attacker.example"), 403),
+                              ((*upgrade, "Host: attacker.example"), 403)):
+            with self.subTest(lines[-1]), socket.create_connection(("127.0.0.1", self.port)) as connection:
+                connection.sendall("".join(line + "\r\n" for line in (*lines, "")).encode())
+                self.assertEqual(read_head(connection)[0], status)
+
     def test_says_nothing_of_a_connection_that_is_gone_already(self):
         self.play()
         self.process.send_signal(signal.SIGSTOP)
