@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "text/exception.h"
 
 namespace corvane::ctl {
@@ -80,6 +82,31 @@ TEST(ParseInvocation, TakesReplaceAsTheFirstParameterOfCopyAndRename) {
 TEST(ParseInvocation, NeedsACommand) {
     EXPECT_THROW(parse({}), Exception);
     EXPECT_THROW(parse({"--port", "5000"}), Exception);
+}
+
+TEST(ParseInvocation, AsksForCommandsAtATerminal) {
+    const std::array<const char*, 3> arguments{"corvanectl", "-p", "5000"};
+    const Invocation invocation = parseInvocation(3, arguments.data(), {}, true);
+    EXPECT_EQ(invocation.mode, Mode::Prompt);
+    EXPECT_EQ(invocation.endpoint.port, 5000);
+}
+
+TEST(ParseInvocation, TakesWhatNoOptionSaysFromTheDefaults) {
+    Invocation defaults;
+    defaults.endpoint = {"192.0.2.1", 5000, 7};
+    defaults.json = true;
+    const std::array<const char*, 3> arguments{"corvanectl", "--port=1", "userDir"};
+    const Invocation invocation = parseInvocation(3, arguments.data(), defaults);
+    EXPECT_EQ(invocation.endpoint.host, "192.0.2.1");
+    EXPECT_EQ(invocation.endpoint.port, 1);
+    EXPECT_EQ(invocation.endpoint.timeout, 7);
+    EXPECT_TRUE(invocation.json);
+}
+
+TEST(ParseInvocation, TakesTheWordsToComplete) {
+    const Invocation invocation = parse({"--complete", "--port", "1", ""});
+    EXPECT_EQ(invocation.mode, Mode::Complete);
+    EXPECT_EQ(invocation.parameters, (std::vector<std::string>{"--port", "1", ""}));
 }
 
 TEST(ParseInvocation, RefusesValuesThatAreNoNumbersInRange) {
