@@ -72,7 +72,7 @@ class PromptTest(unittest.TestCase):
         terminal.type("delete dir")
         terminal.expect("delete dir")
         terminal.type("\x03")
-        terminal.expect(PROMPT)
+        self.assertEqual(terminal.expect(PROMPT), "^C\n" + PROMPT)
         self.assertEqual(self.run_line(terminal, "readText dir/file"), "here\n")
 
     @unittest.skipUnless(EDITED, "this build reads lines without libedit")

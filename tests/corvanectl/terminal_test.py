@@ -49,6 +49,14 @@ class ListingTest(unittest.TestCase):
         self.assertEqual(shown.splitlines()[0].split(), ["directory", "d", "-", "-", "sub/"])
         self.assertIn("x\\x1b[2Jy", shown)
 
+    def test_ends_a_text_with_its_line_on_a_terminal_only(self):
+        for text, shown in ("abc", "abc\n"), ("abc\n", "abc\n"), ("", ""):
+            (self.dir / "alpha").write_text(text)
+            arguments = [CLIENT, "-p", str(self.server.port), "readText", self.dir / "alpha"]
+            with OnTerminal(arguments) as terminal:
+                self.assertEqual(terminal.rest(), (shown, 0))
+            self.assertEqual(subprocess.run(arguments, capture_output=True, check=True).stdout.decode(), text)
+
     def test_has_a_line_for_each_name_in_a_pipe(self):
         result = subprocess.run([CLIENT, "-p", str(self.server.port), "listDir", self.dir], capture_output=True,
                                 check=True)

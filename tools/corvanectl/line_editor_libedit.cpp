@@ -127,6 +127,7 @@ InputLine LineEditor::read() {
         return {InputLine::Kind::End, ""};
     }
     if (state_->isCancelled) {
+        std::cout << "^C\n" << std::flush;
         return {InputLine::Kind::Cancelled, ""};
     }
     std::string line(text, static_cast<std::size_t>(length));

@@ -23,9 +23,15 @@
 #include "corvanectl/suggestion.h"
 #include "corvanectl/terminal.h"
 #include "text/exception.h"
+#include "text/strings.h"
 
 namespace corvane::ctl {
 namespace {
+
+bool isOpenText(const Reply& reply) {
+    return !reply.details.empty() && reply.details.back().isText &&
+           !reply.details.back().value.empty() && !endsWith(reply.details.back().value, "\n");
+}
 
 void printForPeople(const Invocation& invocation, const Reply& reply) {
     const bool onTerminal = isTerminal(STDOUT_FILENO);
@@ -35,6 +41,9 @@ void printForPeople(const Invocation& invocation, const Reply& reply) {
         printColumns(reply.details, terminalWidth(STDOUT_FILENO), std::cout);
     } else {
         printDetails(reply, std::cout);
+        if (onTerminal && isOpenText(reply)) {
+            std::cout << '\n';  // what follows begins on a line of its own
+        }
     }
 }
 
