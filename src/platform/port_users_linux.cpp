@@ -179,7 +179,7 @@ bool isWritten(const std::string& process, const std::string& fd) {
     return false;
 }
 
-std::string withoutMark(std::string path) {
+std::string withoutMark(const std::string& path) {
     constexpr std::string_view mark = " (deleted)";
     return endsWith(path, mark) ? path.substr(0, path.size() - mark.size()) : path;
 }

@@ -61,7 +61,7 @@ std::vector<std::string> enabledStarts(const std::string& home) {
     const std::string unit = "/graphical-session.target.wants/corvane.service";
     std::vector<std::string> found;
     for (const std::string& path :
-         {home + "/.config/systemd/user" + unit, "/etc/systemd/user" + unit,
+         {concatenate(home, "/.config/systemd/user", unit), "/etc/systemd/user" + unit,
           home + "/.config/autostart/corvane.desktop",
           std::string("/etc/xdg/autostart/corvane.desktop"),
           home + "/Library/LaunchAgents/example.corvane.plist",

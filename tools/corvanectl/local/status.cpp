@@ -40,7 +40,7 @@ std::string sinceText(const ServerState& state, std::int64_t now) {
     std::tm parts{};
     ::localtime_r(&start, &parts);
     std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);
+    static_cast<void>(std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts));
     return format("%s (%s)", text.data(), ageOf(now - *state.startedAt).c_str());
 }
 
