@@ -53,6 +53,17 @@ TEST(ParseInvocation, LeavesEverythingBehindTheCommandAlone) {
     EXPECT_EQ(invocation.parameters, (std::vector<std::string>{"1", "-10", "--xml", "--help"}));
 }
 
+TEST(ParseInvocation, TakesWhatStandsBehindTwoDashesForACommand) {
+    const Invocation invocation = parse({"-p", "5000", "--", "listDir", "--", "-x"});
+    EXPECT_EQ(invocation.mode, Mode::Request);
+    EXPECT_EQ(invocation.endpoint.port, 5000);
+    EXPECT_EQ(invocation.command, "listDir");
+    EXPECT_EQ(invocation.parameters, (std::vector<std::string>{"--", "-x"}));
+    EXPECT_EQ(parse({"--", "--help"}).command, "--help");
+    EXPECT_EQ(parse({"-"}).command, "-");
+    EXPECT_THROW(parse({"--"}), Exception);
+}
+
 TEST(ParseInvocation, TakesHelpBehindACommandForAQuestionWhenNothingElseIsThere) {
     const Invocation invocation = parse({"listDir", "--help"});
     EXPECT_EQ(invocation.command, "help");

@@ -54,6 +54,11 @@ class PromptTest(unittest.TestCase):
         terminal.type("exit\n")
         self.assertEqual(terminal.rest()[1], 0)
 
+    def test_takes_quit_for_exit(self):
+        terminal = self.prompt()
+        terminal.type("quit\n")
+        self.assertEqual(terminal.rest()[1], 0)
+
     def test_ends_with_the_input_and_the_status_of_the_last_command(self):
         terminal = self.prompt()
         self.run_line(terminal, "readText none")

@@ -37,10 +37,16 @@ cmdl::Options declaredOptions() {
     return options;
 }
 
-// The index of the command: of the first argument that is neither an option nor an option's value.
-int findCommandIndex(const cmdl::Options& options, int argc, const char* const* argv) {
+constexpr std::string_view endOfOptions = "--";
+
+bool isOption(std::string_view argument) {
+    return startsWith(argument, "-") && argument.size() > 1 && argument != endOfOptions;
+}
+
+// The index of the first argument that is neither an option nor an option's value.
+int findOptionsEnd(const cmdl::Options& options, int argc, const char* const* argv) {
     int index = 1;
-    while (index < argc && argv[index][0] == '-') {
+    while (index < argc && isOption(argv[index])) {
         const std::string_view argument = argv[index];
         const bool isShort = !startsWith(argument, "--");
         const cmdl::Option* option = options.matchOption(argument.substr(isShort ? 1 : 2), isShort);
@@ -105,9 +111,11 @@ Invocation parseInvocation(int argc, const char* const* argv, const Invocation& 
         return result;
     }
     const cmdl::Options options = declaredOptions();
-    const int commandIndex = findCommandIndex(options, argc, argv);
+    const int optionsEnd = findOptionsEnd(options, argc, argv);
+    const bool isMarked = optionsEnd < argc && argv[optionsEnd] == endOfOptions;
+    const int commandIndex = optionsEnd + (isMarked ? 1 : 0);
     cmdl::CommandLine line;
-    line.parse(options, commandIndex, argv);
+    line.parse(options, optionsEnd, argv);
     if (line.hasOption("h") || line.hasOption("v")) {
         result.mode = line.hasOption("h") ? Invocation::Mode::Help : Invocation::Mode::Version;
         return result;

@@ -1,5 +1,7 @@
 #include "corvanectl/prompt.h"
 
+#include <algorithm>
+#include <array>
 #include <iostream>
 #include <string_view>
 #include <vector>
@@ -16,7 +18,7 @@
 namespace corvane::ctl {
 namespace {
 
-constexpr std::string_view leave = "exit";
+constexpr std::array<std::string_view, 2> leave{"exit", "quit"};
 
 Candidates complete(std::string_view line, const Endpoint& endpoint) {
     ShellWords split = splitWords(line);
@@ -25,8 +27,10 @@ Candidates complete(std::string_view line, const Endpoint& endpoint) {
         split.lastBegin = line.size();
     }
     Candidates candidates{split.lastBegin, completions(split.words, endpoint)};
-    if (split.words.size() == 1 && startsWith(leave, split.words.front())) {
-        candidates.texts.emplace_back(leave);
+    for (const std::string_view word : leave) {
+        if (split.words.size() == 1 && startsWith(word, split.words.front())) {
+            candidates.texts.emplace_back(word);
+        }
     }
     for (std::string& text : candidates.texts) {
         text = quoted(text);
@@ -72,7 +76,7 @@ class Prompt {
                 continue;
             }
             remember(line.text);
-            if (split.words.front() == leave) {
+            if (std::find(leave.begin(), leave.end(), split.words.front()) != leave.end()) {
                 return status;
             }
             status = split.open == Quote::None ? runLine(split.words, options_) : complain();
