@@ -83,6 +83,20 @@ TEST_F(LogFollowerTest, GivesEveryWholeLineOnce) {
     EXPECT_EQ(follower.next(), "three\n");
 }
 
+TEST_F(LogFollowerTest, GivesAllOfALogHoweverLongItIs) {
+    std::string all = "one\n";
+    while (all.size() < std::size_t{17} * 1024 * 1024) {
+        all += std::string(all.size() % 1500, 'x') + "\n";
+    }
+    all += std::string(std::size_t{3} * 1024 * 1024, 'y') + "\nlast\n";
+    scratch.file("log", all);
+    std::string given;
+    for (std::string lines = follower.next(); !lines.empty(); lines = follower.next()) {
+        given += lines;
+    }
+    EXPECT_TRUE(given == all) << given.size() << " bytes of " << all.size();
+}
+
 TEST_F(LogFollowerTest, GoesOnAfterTruncationAndReplacement) {
     add("a longer line\n");
     follower.next();

@@ -23,7 +23,9 @@ std::optional<LogPosition> endOfLog(const std::string& path);
 /// the file is another one or shorter than it was. Nothing, with errno, when it cannot be read.
 std::optional<std::string> readLog(const std::string& path, const LogPosition& from,
                                    std::size_t most);
-/// The same from `at`, which is moved to the end of what was read.
-std::optional<std::string> readOn(const std::string& path, LogPosition& at, std::size_t most);
+
+/// The bytes that follow `at`, which is moved behind them, at most the first `most`; from the
+/// beginning as with readLog(). Nothing, with errno, when the file cannot be read.
+std::optional<std::string> readNext(const std::string& path, LogPosition& at, std::size_t most);
 
 }  // namespace corvane::ctl

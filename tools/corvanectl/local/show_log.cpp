@@ -19,7 +19,7 @@
 namespace corvane::ctl::local {
 namespace {
 
-constexpr std::size_t mostAtOnce = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t mostAtOnce = std::size_t{1024} * 1024;
 constexpr int pause = 200;  // milliseconds
 
 std::string_view colourOf(Level level) {
@@ -83,11 +83,14 @@ std::string LogFollower::next() {
     if (isSame && end->offset == read_.offset) {
         return "";
     }
-    std::optional<std::string> text = readOn(path_, read_, mostAtOnce);
+    std::optional<std::string> text = readNext(path_, read_, mostAtOnce);
     if (!text) {
         throw Exception(concatenate("cannot read ", path_, ": ", std::strerror(errno)));
     }
-    const std::size_t whole = text->rfind('\n') + 1;  // half a line stays for the next time
+    // Half a line stays for the next time, unless there is no room for the rest of it.
+    const std::size_t lineEnd = text->rfind('\n');
+    const bool isLong = lineEnd == std::string::npos && text->size() == mostAtOnce;
+    const std::size_t whole = isLong ? text->size() : lineEnd + 1;
     read_.offset -= static_cast<off_t>(text->size() - whole);
     text->resize(whole);
     return *text;
@@ -101,7 +104,10 @@ int log(const Invocation& invocation) {
     const char* const noColour = std::getenv("NO_COLOR");
     const bool coloured = onTerminal && (noColour == nullptr || *noColour == '\0');
     do {
-        std::cout << shownLines(follower.next(), filter, onTerminal, coloured) << std::flush;
+        for (std::string lines = follower.next(); !lines.empty() && std::cout;
+             lines = follower.next()) {
+            std::cout << shownLines(lines, filter, onTerminal, coloured) << std::flush;
+        }
     } while (view.follow && std::cout && waitForMore());
     return succeeded;
 }

@@ -18,7 +18,8 @@ class LogFollower {
   public:
     explicit LogFollower(std::string path) : path_(std::move(path)) {}
 
-    /// The whole lines since the last call; at most 16 MiB of them at once, the last ones.
+    /// The whole lines since the last call; at most 1 MiB at once, so that the
+    /// next call may have more of them. A line that is longer comes in pieces.
     std::string next();
 
   private:
