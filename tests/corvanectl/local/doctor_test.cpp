@@ -46,8 +46,19 @@ TEST(DoctorWindowTool, SaysWhatTheToolSays) {
     scratch.program("cvnwinfo", "#!/bin/sh\necho 'no X display' >&2\nexit 1\n");
     EXPECT_EQ(checks::windowTool(installation).front().text,
               scratch / "cvnwinfo" + " says: no X display");
+    EXPECT_NE(checks::windowTool(installation).front().mend.find("session"), std::string::npos);
     scratch.program("cvnwinfo", "#!/bin/sh\necho 800 600\n");
     EXPECT_FALSE(checks::windowTool(installation).front().isWrong);
+}
+
+TEST(DoctorWindowTool, NeedsItsLibrariesMoreThanAScreen) {
+    const test::ScratchDirectory scratch;
+    for (const char* complaint : {"cvnwinfo: error while loading shared libraries: libx.so: gone",
+                                  "dyld: Library not loaded: /usr/local/lib/libx.dylib"}) {
+        scratch.program("cvnwinfo", format("#!/bin/sh\necho '%s' >&2\nexit 127\n", complaint));
+        EXPECT_EQ(checks::windowTool(at(scratch, 1)).front().mend,
+                  "install what it needs: the whole package, with its dependencies");
+    }
 }
 
 TEST(DoctorWindowTool, IsNotRunForTheServerOfAnotherUser) {

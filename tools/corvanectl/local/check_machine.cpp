@@ -73,6 +73,14 @@ std::vector<std::string> enabledStarts(const std::string& home) {
     return found;
 }
 
+// What the loader says of the tool needs no screen, but the package's dependencies.
+std::string mendingOf(const std::string& complaint) {
+    const bool lacksLibrary = complaint.find("shared librar") != std::string::npos ||
+                              complaint.find("Library not loaded") != std::string::npos;
+    return lacksLibrary ? "install what it needs: the whole package, with its dependencies"
+                        : "run the server, and this, in the session with the screen";
+}
+
 }  // namespace
 
 Findings server(const Installation& installation) {
@@ -124,9 +132,10 @@ Findings windowTool(const Installation& installation) {
         return {fine(tool + " is there, and not run here: the server is another user's")};
     }
     const std::string complaint = complaintOf(tool);
-    return {complaint.empty() ? fine(tool + " sees the screen")
-                              : wrong(concatenate(tool, " says: ", complaint),
-                                      "run the server, and this, in the session with the screen")};
+    if (complaint.empty()) {
+        return {fine(tool + " sees the screen")};
+    }
+    return {wrong(concatenate(tool, " says: ", complaint), mendingOf(complaint))};
 }
 
 Findings opener(const Installation& installation) {
