@@ -78,6 +78,7 @@ class TransferTest(unittest.TestCase):
         (self.here / "file").write_bytes(b"x")
         status, message = self.run_client("put", "file", "none/x")
         self.assertEqual(status, 1)
+        self.assertIn("fail (2) to open file 'none/x'", message)
         self.assertIn("No such file or directory", message)
 
     def test_gets_texts(self):
@@ -128,6 +129,7 @@ class TransferTest(unittest.TestCase):
         status, message = self.run_client("get", "none")
         self.assertEqual(status, 1)
         self.assertTrue(message.startswith("readText: FAILED"), message)
+        self.assertEqual(message, "readText: FAILED; cannot open file 'none' for read (No such file or directory)")
         self.assertEqual(os.listdir(self.here), [])
 
 

@@ -54,13 +54,6 @@ struct Answer {
     bool isFromThisMachine;
 };
 
-std::string reasonFor(const Invocation& invocation, const Answer& answer, const FailureLog& log) {
-    if (!answer.isFromThisMachine && invocation.log.empty()) {
-        return "the server's log tells why; it is on " + invocation.endpoint.host;
-    }
-    return log.explain(answer.client, invocation.command);
-}
-
 int showReply(const Invocation& invocation, const Answer& answer, const FailureLog& log) {
     const std::string& text = *answer.reply;
     const Reply reply = parseReply(text);
@@ -71,7 +64,8 @@ int showReply(const Invocation& invocation, const Answer& answer, const FailureL
     } else if (reply.ok) {
         printForPeople(invocation, reply);
     } else {
-        const std::string why = reasonFor(invocation, answer, log);
+        const std::string why =
+            reasonFor(invocation, log, answer.client, answer.isFromThisMachine, invocation.command);
         std::cerr << "corvanectl: " << describeFailure(invocation.command, reply, why) << '\n';
     }
     return reply.ok ? succeeded : answeredFailed;

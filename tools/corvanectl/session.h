@@ -19,6 +19,10 @@ class Session {
     Reply ask(std::string_view command, const std::vector<std::string>& parameters,
               const std::string& data = "");
 
+    /// This end of the connection, as Connection's.
+    std::string ownAddress() const { return connection_.ownAddress(); }
+    bool staysOnThisMachine() const { return connection_.staysOnThisMachine(); }
+
     /// The bytes of a file at `count` offsets from `first` on, at the price of few waits; fewer
     /// where a request fails, at the end of the file for one.
     std::string readBytes(const std::string& file, std::size_t first, std::size_t count);

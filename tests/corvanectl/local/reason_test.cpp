@@ -73,6 +73,13 @@ TEST(ReasonIn, TakesALineWithoutAClientForLackOfAnother) {
               std::nullopt);
 }
 
+TEST(ReasonIn, IsTheFirstLineOfWhatTheWindowToolSays) {
+    const std::string said = ": ERROR: 'Program error: <cvnwinfo: no X display";
+    EXPECT_EQ(
+        reasonIn(failed(me, "getWndRect", said) + "> [/x/cvnwinfo]) (1)'\n", me, "getWndRect"),
+        "cvnwinfo: no X display");
+}
+
 TEST(ReasonIn, IsFoundInEveryLayout) {
     EXPECT_EQ(reasonIn("ERROR : Client " + me + ": cmd 'listDir': ERROR: 'why'\n", me, "listDir"),
               "why");
@@ -86,6 +93,11 @@ TEST(InWords, AddsTheSystemsWordsForTheNumber) {
               "fail (2) to open file '/x (13)'" + missing);
     EXPECT_EQ(inWords("cannot open file '/x' for read (2)"),
               "cannot open file '/x' for read" + missing);
+}
+
+TEST(InWords, TakesTheOpenersStatusForNoErrorNumber) {
+    EXPECT_EQ(inWords("LSOpenCFURLRef error for file 'https://example.org/' (3)"),
+              "LSOpenCFURLRef error for file 'https://example.org/' (status 3 of the opener)");
 }
 
 TEST(InWords, LeavesOtherNumbersAlone) {

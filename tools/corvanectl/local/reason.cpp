@@ -49,6 +49,11 @@ std::string plain(std::string_view detail) {
     constexpr std::string_view mark = "ERROR: '";
     if (const std::size_t at = detail.find(mark); at != std::string_view::npos) {
         detail.remove_prefix(at + mark.size());
+        // What the window tool says has a line end, behind which is nothing of interest.
+        constexpr std::string_view tool = "Program error: <";
+        if (startsWith(detail, tool) && detail.find('>') == std::string_view::npos) {
+            detail.remove_prefix(tool.size());
+        }
         return std::string(detail.substr(0, detail.size() - (endsWith(detail, "'") ? 1 : 0)));
     }
     return detail == notServed ? "the server knows no such command, or is told not to serve it"
@@ -105,6 +110,9 @@ std::string inWords(const std::string& reason) {
     if (!number) {
         return reason;
     }
+    if (startsWith(text, "LSOpenCFURLRef error") && endsWith(text, "'")) {
+        return format("%s (status %d of the opener)", text.c_str(), *number);
+    }
     if (endsWith(text, " error")) {
         text += " " + std::to_string(*number);
     }
@@ -145,6 +153,15 @@ std::string FailureLog::explain(const std::string& client, const std::string& co
     }
     return visible("the server's log tells why; it may be " + joined(places) +
                    ", --log FILE names another");
+}
+
+std::string reasonFor(const Invocation& invocation, const FailureLog& log,
+                      const std::string& client, bool isFromThisMachine,
+                      const std::string& command) {
+    if (!isFromThisMachine && invocation.log.empty()) {
+        return "the server's log tells why; it is on " + invocation.endpoint.host;
+    }
+    return log.explain(client, command);
 }
 
 }  // namespace corvane::ctl

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "corvanectl/invocation.h"
 #include "corvanectl/local/log_file.h"
 #include "corvanectl/local/log_places.h"
 
@@ -35,5 +36,11 @@ class FailureLog {
     LogQuery query_;
     std::vector<std::pair<std::string, std::optional<LogPosition>>> ends_;
 };
+
+/// As explain() of the log; of a server on another machine, whose log is out of reach unless the
+/// invocation names one, where that is.
+std::string reasonFor(const Invocation& invocation, const FailureLog& log,
+                      const std::string& client, bool isFromThisMachine,
+                      const std::string& command);
 
 }  // namespace corvane::ctl

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "corvanectl/exit_status.h"
+#include "corvanectl/local/reason.h"
 #include "corvanectl/local_file.h"
 #include "corvanectl/output.h"
 #include "corvanectl/progress.h"
@@ -61,15 +62,25 @@ std::string remoteTarget(const Endpoint& endpoint, const std::string& path,
     return target;
 }
 
-int reportFailure(const std::string& command, const Reply& reply) {
-    std::cerr << "corvanectl: " << describeFailure(command, reply) << '\n';
-    return answeredFailed;
-}
-
-Reply readText(const Endpoint& endpoint, const std::string& remote) {
-    ProgressLine progress;
-    Session session(endpoint, progress.observer());
-    return session.ask("readText", {remote});
+// The reply to a command; a failure, and its reason, has been reported then.
+Reply ask(const Invocation& invocation, const std::string& command,
+          const std::vector<std::string>& parameters, const std::string& data = "") {
+    const FailureLog log(queryForLog(invocation.log, invocation.endpoint.port));
+    Reply reply;
+    std::string why;
+    {
+        ProgressLine progress;
+        Session session(invocation.endpoint, progress.observer());
+        reply = session.ask(command, parameters, data);
+        if (!reply.ok) {
+            why = reasonFor(invocation, log, session.ownAddress(), session.staysOnThisMachine(),
+                            command);
+        }
+    }
+    if (!reply.ok) {
+        std::cerr << "corvanectl: " << describeFailure(command, reply, why) << '\n';
+    }
+    return reply;
 }
 
 std::string complete(const Endpoint& endpoint, const std::string& remote, std::string text,
@@ -90,10 +101,7 @@ int put(const Invocation& invocation) {
     const std::string remote =
         remoteTarget(invocation.endpoint,
                      invocation.parameters.size() > 1 ? invocation.parameters[1] : "", local);
-    ProgressLine progress;
-    Session session(invocation.endpoint, progress.observer());
-    const Reply reply = session.ask("write", {remote}, data);
-    return reply.ok ? succeeded : reportFailure("write", reply);
+    return ask(invocation, "write", {remote}, data).ok ? succeeded : answeredFailed;
 }
 
 int get(const Invocation& invocation) {
@@ -102,9 +110,9 @@ int get(const Invocation& invocation) {
     const std::string remote = withSlashes(names.front());
     const std::string local =
         localTarget(names.size() > 1 ? names[1] : "", namePart(remote), options.existing);
-    Reply reply = readText(invocation.endpoint, remote);
+    Reply reply = ask(invocation, "readText", {remote});
     if (!reply.ok) {
-        return reportFailure("readText", reply);
+        return answeredFailed;
     }
     std::string text = reply.details.empty() ? "" : std::move(reply.details.front().value);
     writeLocalFile(local, complete(invocation.endpoint, remote, std::move(text), options.leftOut),
