@@ -2,8 +2,10 @@
 add_library(corvane_options INTERFACE)
 target_compile_features(corvane_options INTERFACE cxx_std_20)
 target_include_directories(corvane_options INTERFACE "${PROJECT_SOURCE_DIR}/src")
+# -Wrestrict of gcc 12 takes "text" + std::string() for overlapping copies (gcc.gnu.org/PR105651).
 target_compile_options(corvane_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_GREATER_EQUAL:$<CXX_COMPILER_VERSION>,12>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
   $<$<BOOL:${CORVANE_WERROR}>:-Werror>
   -ffunction-sections -fdata-sections)
 if(NOT APPLE)
