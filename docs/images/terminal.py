@@ -19,7 +19,7 @@ from support.server_process import ServerProcess  # noqa: E402
 SESSION = ("listDir .", "readText Documents/letter.txt", "makeDir Letters",
            "copy Documents/letter.txt Letters/reply.txt", "readByte explorer.swf 0", "readText missing.txt",
            "getWndRect")
-COLUMNS, LINE, LETTER = 76, 18, 7.85
+COLUMNS, LINE, LETTER = 100, 18, 7.85
 COLOURS = {"1": 'font-weight="bold"', "31": 'fill="#ff7b72"', "32": 'fill="#7ee787"', "33": 'fill="#e3b341"',
            "34": 'fill="#79c0ff"', "35": 'fill="#d2a8ff"', "36": 'fill="#76e3ea"', "2": 'fill="#8b949e"'}
 
