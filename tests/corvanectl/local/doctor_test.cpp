@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -135,11 +136,12 @@ TEST(DoctorPort, NamesAConnectionThatGoesOutFromIt) {
     Installation installation = at(scratch, port);
     installation.configuration = parseConfiguration("c", format("PORT=%d", port));
     installation.state = serverState(installation.query);
+    // Connections of others, to other places, may go out from the same port.
+    const std::string wanted = format("its connection to 127.0.0.1:%d goes out", far.port());
     const Findings findings = checks::port(installation);
-    ASSERT_EQ(findings.size(), 1U);
-    EXPECT_NE(findings[0].text.find(format("its connection to 127.0.0.1:%d goes out", far.port())),
-              std::string::npos)
-        << findings[0].text;
+    EXPECT_TRUE(std::any_of(findings.begin(), findings.end(), [&wanted](const Finding& each) {
+        return each.text.find(wanted) != std::string::npos;
+    }));
 }
 
 TEST(DoctorPort, IsTheOneOfTheConfiguration) {
