@@ -66,7 +66,9 @@ TEST_F(ProgressTest, CountsBothDirectionsOfAConnection) {
 }
 
 TEST(ProgressLine, NeedsATerminal) {
-    ProgressLine line(nullptr, [] { return ProgressLine::Clock::time_point::max(); });
+    ProgressLine line(nullptr, [now = ProgressLine::Clock::time_point()]() mutable {
+        return now += std::chrono::hours(1);
+    });
     line.show(1);
 }
 
