@@ -21,11 +21,11 @@ FLAGS = ["-fstack-protector-strong", "-D_FORTIFY_SOURCE=3", "-D_GLIBCXX_ASSERTIO
 SAMPLE = """
 #include <cstdio>
 #include <cstring>
-#include <string_view>
+#include <string>
 int work(char* text) {
     char room[64];
     std::strcpy(room, text);
-    return std::puts(room) + std::string_view(room)[std::strlen(text) / 2];
+    return std::puts(room) + std::string(text)[std::strlen(room) / 2];
 }
 int main(int, char** arguments) { return work(arguments[0]); }
 """
@@ -54,7 +54,7 @@ def missing_in(program):
         "separate code": all("E" not in flags for kind, offset, flags in segments
                              if kind == "LOAD" and int(offset, 16) == 0),
         "stack protector": "__stack_chk_fail" in symbols,
-        "checked containers": "__glibcxx_assert_fail" in symbols,
+        "checked containers": "__glibcxx_assert_fail" in symbols or "[libstdc++." not in dynamic,
         "fortified functions": re.search(r"\b__(?!stack_chk)\w+_chk\b", symbols),
     }
     if BRANCH_TARGET:
