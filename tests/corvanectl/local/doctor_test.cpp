@@ -97,6 +97,8 @@ TEST(DoctorStart, SeesTwoAtOnce) {
 
 struct Listener {
     Listener() {
+        place.sin_family = AF_INET;
+        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         ::bind(sock, reinterpret_cast<sockaddr*>(&place), sizeof place);
         ::listen(sock, 1);
         socklen_t size = sizeof place;
@@ -109,7 +111,7 @@ struct Listener {
         ::getsockname(sock, reinterpret_cast<sockaddr*>(&own), &size);
         return ntohs(own.sin_port);
     }
-    sockaddr_in place{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    sockaddr_in place{};
     FileDesc sock{::socket(AF_INET, SOCK_STREAM, 0)};
 };
 
