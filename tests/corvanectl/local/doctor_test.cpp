@@ -115,17 +115,21 @@ struct Listener {
     FileDesc sock{::socket(AF_INET, SOCK_STREAM, 0)};
 };
 
+// Others may have connections from the same port, or have had.
+bool mentions(const Findings& findings, const std::string& text) {
+    return std::any_of(findings.begin(), findings.end(), [&text](const Finding& each) {
+        return each.text.find(text) != std::string::npos;
+    });
+}
+
 TEST(DoctorPort, NamesAnotherProgramThatListens) {
     const test::ScratchDirectory scratch;
     const Listener other;
     Installation installation = at(scratch, other.port());
     installation.configuration = parseConfiguration("c", format("PORT=%d", other.port()));
     installation.state = serverState(installation.query);
-    const Findings findings = checks::port(installation);
-    ASSERT_EQ(findings.size(), 1U);
-    EXPECT_NE(findings[0].text.find("corvanectl_test) has port"), std::string::npos);
-    EXPECT_NE(findings[0].text.find("it listens there"), std::string::npos);
-    EXPECT_TRUE(checks::server(installation).front().isWrong);
+    EXPECT_TRUE(mentions(checks::port(installation), "corvanectl_test) has port"));
+    EXPECT_TRUE(mentions(checks::port(installation), "it listens there"));
 }
 
 TEST(DoctorPort, NamesAConnectionThatGoesOutFromIt) {
@@ -138,12 +142,8 @@ TEST(DoctorPort, NamesAConnectionThatGoesOutFromIt) {
     Installation installation = at(scratch, port);
     installation.configuration = parseConfiguration("c", format("PORT=%d", port));
     installation.state = serverState(installation.query);
-    // Connections of others, to other places, may go out from the same port.
-    const std::string wanted = format("its connection to 127.0.0.1:%d goes out", far.port());
-    const Findings findings = checks::port(installation);
-    EXPECT_TRUE(std::any_of(findings.begin(), findings.end(), [&wanted](const Finding& each) {
-        return each.text.find(wanted) != std::string::npos;
-    }));
+    EXPECT_TRUE(mentions(checks::port(installation),
+                         format("its connection to 127.0.0.1:%d goes out", far.port())));
 }
 
 TEST(DoctorPort, IsTheOneOfTheConfiguration) {
