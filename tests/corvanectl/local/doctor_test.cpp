@@ -130,6 +130,7 @@ TEST(DoctorPort, NamesAnotherProgramThatListens) {
     installation.state = serverState(installation.query);
     EXPECT_TRUE(mentions(checks::port(installation), "corvanectl_test) has port"));
     EXPECT_TRUE(mentions(checks::port(installation), "it listens there"));
+    EXPECT_TRUE(checks::server(installation).front().isWrong);
 }
 
 TEST(DoctorPort, NamesAConnectionThatGoesOutFromIt) {
