@@ -82,7 +82,7 @@ build_libraries() {
 
 # As configure, for the project itself: with what CMake cannot find, or try, on another system.
 configure_project() {
-    configure "$@" -DCORVANE_EVENT_QUEUE=ON -DCORVANE_BOOST_HEADERS="$boost"
+    configure "$1" "$2" -DCORVANE_EVENT_QUEUE=ON -DCORVANE_BOOST_HEADERS="$boost" "${@:3}"
 }
 
 # Everything that a user's build makes, with the tests unless $tests is OFF, configured as
