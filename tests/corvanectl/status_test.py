@@ -58,17 +58,33 @@ class StatusTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stdout, result.stderr),
                          (1, f"Corvane is not running on port {self.server.port}.\n", ""))
 
-    @unittest.skipUnless(os.geteuid() == 0, "only root can be another user")
-    def test_says_what_another_users_server_hides(self):
+    def as_nobody(self, *arguments):
         client = self.home / "corvanectl"
         client.write_bytes(CLIENT.read_bytes())
         client.chmod(0o755)
         self.home.chmod(0o755)
-        result = self.status("status", client=client, user=NOBODY, group=NOBODY, extra_groups=[])
+        return self.status(*arguments, client=client, user=NOBODY, group=NOBODY, extra_groups=[])
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can be another user")
+    def test_says_what_another_users_server_hides(self):
+        result = self.as_nobody("status")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         self.assertIn("its process is another user's", result.stdout)
         self.assertIn("user           root\n", result.stdout)
         self.assertIn("process        cannot be seen\n", result.stdout)
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can be another user")
+    def test_of_a_server_that_serves_its_own_user_only_is_said_where_it_refuses(self):
+        self.server.kill()
+        (self.home / "own").mkdir()
+        self.server = ServerProcess(self.home / "own", SERVER, "SAMEUSER=true\n")
+        self.addCleanup(self.server.kill)
+        for command in ("shutdown", "userDir"):
+            result = self.as_nobody(command)
+            self.assertEqual((result.returncode, result.stdout), (2, ""))
+            self.assertIn("it is root's, and may serve no other user", result.stderr)
+        self.assertEqual(self.status("shutdown").returncode, 0)
+        self.assertEqual(self.server.process.wait(60), 0)
 
 
 if __name__ == "__main__":

@@ -13,6 +13,7 @@
 #include "corvanectl/json.h"
 #include "corvanectl/listing.h"
 #include "corvanectl/local/reason.h"
+#include "corvanectl/local/refusal.h"
 #include "corvanectl/local_command.h"
 #include "corvanectl/output.h"
 #include "corvanectl/plain_words.h"
@@ -102,10 +103,15 @@ int request(const Invocation& invocation) {
     if (answer.reply) {
         return showReply(invocation, answer, log);
     }
-    if (invocation.command == "shutdown") {
+    const bool isEnd = invocation.command == "shutdown";
+    const std::optional<std::string> user =
+        answer.isFromThisMachine ? whoRefuses(invocation.endpoint.port, isEnd) : std::nullopt;
+    if (isEnd && !user) {
         return showEnd(invocation);
     }
-    throw Exception("the server has closed the connection without a reply");
+    throw Exception(
+        "the server has closed the connection without a reply" +
+        (user ? concatenate("; it is ", *user, "'s, and may serve no other user") : std::string()));
 }
 
 }  // namespace
