@@ -50,6 +50,13 @@ bool isPartOfAddress(char c) {
 
 }  // namespace
 
+std::string_view takeLine(std::string_view& lines) {
+    const std::size_t end = std::min(lines.find('\n'), lines.size());
+    const std::string_view line = lines.substr(0, end);
+    lines.remove_prefix(std::min(end + 1, lines.size()));
+    return line;
+}
+
 Level levelNamed(std::string_view name) {
     const auto* const found = std::find_if(
         names.begin(), names.end(), [name](std::string_view each) { return isEqual(each, name); });

@@ -13,6 +13,9 @@ enum class Level { Emerg, Fatal, Alert, Crit, Error, Warn, Notice, Info, Debug, 
 /// Unknown for any other text; in any letter case.
 Level levelNamed(std::string_view name);
 
+/// The first line without its end, which it takes off the text.
+std::string_view takeLine(std::string_view& lines);
+
 struct LogLine {
     Level level = Level::Unknown;
     /// Empty unless the line has the default layout.

@@ -15,13 +15,6 @@ namespace {
 // One request at level DEBUG is logged with its data.
 constexpr std::size_t longestTail = std::size_t{1024} * 1024;
 
-std::string_view takeLine(std::string_view& lines) {
-    const std::size_t end = std::min(lines.find('\n'), lines.size());
-    const std::string_view line = lines.substr(0, end);
-    lines.remove_prefix(std::min(end + 1, lines.size()));
-    return line;
-}
-
 // What stands behind the common beginning of a line of this client's command; nothing for others.
 std::optional<std::string_view> detailOf(std::string_view message, const std::string& client,
                                          const std::string& command) {

@@ -3,7 +3,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +10,7 @@
 
 #include "corvanectl/display.h"
 #include "corvanectl/exit_status.h"
+#include "corvanectl/local/log_line.h"
 #include "corvanectl/local/log_places.h"
 #include "corvanectl/terminal.h"
 #include "text/exception.h"
@@ -28,13 +28,6 @@ std::string_view colourOf(Level level) {
            : level == Level::Notice ? "\x1b[36m"
            : level == Level::Debug  ? "\x1b[2m"
                                     : "";
-}
-
-std::string_view takeLine(std::string_view& lines) {
-    const std::size_t end = std::min(lines.find('\n'), lines.size());
-    const std::string_view line = lines.substr(0, end);
-    lines.remove_prefix(std::min(end + 1, lines.size()));
-    return line;
 }
 
 // Waits a while for more; false when nobody reads what is written any more.
