@@ -99,6 +99,11 @@ TEST(DoctorValues, NamesTheCommandThatWasMeant) {
               "did you mean userDir?\n");
 }
 
+TEST(DoctorValues, NamesNoCommandOfTheClientsOwn) {
+    EXPECT_EQ(found(checks::values, "COMMANDS=doctor"),
+              "c:1: COMMANDS=doctor: there is no command 'doctor' -> take it out\n");
+}
+
 TEST(DoctorValues, HasNothingAgainstGoodOnes) {
     EXPECT_EQ(found(checks::values,
                     "PORT=0\nport=65535\nCONSOLE=false\nCOMMANDS=userDir,shutdown,\nMAXREQUEST=-1\n"

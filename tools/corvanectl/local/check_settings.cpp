@@ -81,6 +81,15 @@ Findings checkFlag(const std::string& what, const std::string& value) {
         "write true or false in small letters")};
 }
 
+// Of the server's only: COMMANDS has no effect on those of corvanectl itself.
+std::string_view nearestCommand(const std::string& name) {
+    std::vector<std::string_view> names;
+    for (const CommandUsage& command : commandList()) {
+        names.push_back(command.name);
+    }
+    return suggest(name, names);
+}
+
 Findings checkCommands(const std::string& what, const std::string& value) {
     Findings findings;
     for (const std::string& piece : strExplode(value, ",")) {
@@ -88,7 +97,7 @@ Findings checkCommands(const std::string& what, const std::string& value) {
         if (name.find_first_not_of(whitespace) == std::string::npos || findCommand(name)) {
             continue;
         }
-        const std::string_view meant = suggestCommand(name);
+        const std::string_view meant = nearestCommand(name);
         findings.push_back(
             wrong(concatenate(what, ": there is no command '", name, "'"),
                   meant.empty() ? "take it out" : concatenate("did you mean ", meant, "?")));
