@@ -94,8 +94,7 @@ std::string Connection::ownAddress() const {
 }
 
 bool Connection::staysOnThisMachine() const {
-    return addressOf(::getsockname, sock_).sin_addr.s_addr ==
-           addressOf(::getpeername, sock_).sin_addr.s_addr;
+    return addressOf(::getsockname, sock_).sin_addr.s_addr == peer_.s_addr;
 }
 
 void Connection::restartTime() { deadline_ = deadlineAfter(timeout_); }
@@ -110,6 +109,8 @@ void Connection::connectTo(const Endpoint& endpoint) {
         throw Exception(format("unknown host '%s'", endpoint.host.c_str()));
     }
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, ::freeaddrinfo);
+    // Kept: the system forgets it when the server closes at once.
+    peer_ = reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr;
     if (::connect(sock_, found->ai_addr, found->ai_addrlen) == 0) {
         return;
     }

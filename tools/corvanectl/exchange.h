@@ -1,6 +1,8 @@
 // Connections to the server: requests go out, replies come in, within a time limit.
 #pragma once
 
+#include <netinet/in.h>
+
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -54,6 +56,7 @@ class Connection {
     Observer observer_;
     Deadline deadline_;
     FileDesc sock_;
+    in_addr peer_{};
     std::string unread_;  // what has come behind the last reply
     std::size_t sent_ = 0;
     std::size_t received_ = 0;

@@ -85,9 +85,9 @@ int showEnd(const Invocation& invocation) {
 Answer send(const Invocation& invocation, const std::string& text) {
     ProgressLine progress;
     Connection connection(invocation.endpoint, progress.observer());
-    connection.send(text);
     const std::string client = connection.ownAddress();
     const bool isHere = connection.staysOnThisMachine();
+    connection.send(text);
     return {connection.receive(), client, isHere};
 }
 
