@@ -58,10 +58,13 @@ std::optional<int> takeNumber(std::string& text) {
     constexpr std::string_view fail = "fail (";
     const bool isFirst = startsWith(text, fail);
     const std::size_t open = isFirst ? fail.size() - 1 : text.rfind(" (") + 1;
+    if (open == 0) {
+        return std::nullopt;
+    }
     int number = 0;
     const char* const end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data() + open + 1, end, number);
-    if (open == 0 || error != std::errc() || rest == end || *rest != ')' || number <= 0 ||
+    if (error != std::errc() || rest == end || *rest != ')' || number <= 0 ||
         (!isFirst && rest + 1 != end)) {
         return std::nullopt;
     }
