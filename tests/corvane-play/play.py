@@ -1,4 +1,5 @@
 """corvane-play as a process of its own, with the real server or a stand-in under it."""
+import random
 import re
 import socket
 import subprocess
@@ -17,6 +18,16 @@ PROGRAM, SERVER = (Path(p).resolve() for p in sys.argv[1:3])
 MOVIE = b"FWS\x08\x19\0\0\0" + bytes.fromhex("78000032000000c800" "000c010040000000")
 
 
+def listen_below_others():
+    """On a port that the system gives to nobody else, also when it is closed."""
+    for port in random.sample(range(20_000, 32_000), 100):
+        try:
+            return socket.create_server(("127.0.0.1", port))
+        except OSError:
+            pass  # another program's
+    raise RuntimeError("no port is free")
+
+
 class PlayTest(unittest.TestCase):
     """Each test has a directory with a movie, a stand-in for Corvane, and the program as it is
     started."""
@@ -28,7 +39,7 @@ class PlayTest(unittest.TestCase):
         self.place = self.scratch / "game"
         self.place.mkdir()
         (self.place / "start.swf").write_bytes(MOVIE)
-        self.listener = socket.create_server(("127.0.0.1", 0))
+        self.listener = listen_below_others()
         self.listener.settimeout(PATIENCE)
         self.addCleanup(self.listener.close)
         self.target_port = self.listener.getsockname()[1]

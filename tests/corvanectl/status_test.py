@@ -68,7 +68,9 @@ class StatusTest(unittest.TestCase):
     @unittest.skipUnless(os.geteuid() == 0, "only root can be another user")
     def test_says_what_another_users_server_hides(self):
         result = self.as_nobody("status")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        # A build that counts the lines that run complains that nobody may not write the counts.
+        said = [line for line in result.stderr.splitlines() if not line.startswith("profiling:")]
+        self.assertEqual((result.returncode, said), (0, []))
         self.assertIn("its process is another user's", result.stdout)
         self.assertIn("user           root\n", result.stdout)
         self.assertIn("process        cannot be seen\n", result.stdout)
