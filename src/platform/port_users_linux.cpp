@@ -18,6 +18,7 @@
 #include <memory>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include "platform/port_users.h"
 #include "text/strings.h"
@@ -118,6 +119,15 @@ std::optional<TableEntry> entryIn(const std::string& line, int port) {
     return entry;
 }
 
+// The system lists a socket twice when others come and go while its table is read. A closed one has
+// no inode any more.
+void addOnce(std::vector<TableEntry>& entries, TableEntry entry) {
+    const auto isEntry = [&entry](const TableEntry& known) { return known.inode == entry.inode; };
+    if (entry.inode == 0 || std::none_of(entries.begin(), entries.end(), isEntry)) {
+        entries.push_back(std::move(entry));
+    }
+}
+
 // The processes that hold the sockets of these inodes.
 std::map<unsigned long, pid_t> holdersOf(const std::vector<TableEntry>& entries) {
     std::map<std::string, unsigned long> wanted;
@@ -192,7 +202,7 @@ std::vector<PortUser> portUsers(int port) {
         std::ifstream lines(table);
         for (std::string line; std::getline(lines, line);) {
             if (auto entry = entryIn(line, port)) {
-                entries.push_back(std::move(*entry));
+                addOnce(entries, std::move(*entry));
             }
         }
     }
