@@ -46,6 +46,11 @@ class WhyTest(unittest.TestCase):
         self.assertEqual(self.why("clipboardGet"), "clipboardGet: FAILED, clipboardGet; "
                          "clipboardGet() not supported on this platform")
 
+    def test_prints_it_whatever_this_machine_is_called(self):
+        for host in "127.0.0.1", "localhost", "0.0.0.0":
+            with self.subTest(host):
+                self.assertIn("error 2", self.why("listDir", "/nonexistent", options=["--host", host]))
+
     def test_finds_the_reason_in_another_layout(self):
         for pattern in "simple", "basic", "%c: %m%n":
             with self.subTest(pattern):

@@ -94,7 +94,9 @@ std::string Connection::ownAddress() const {
 }
 
 bool Connection::staysOnThisMachine() const {
-    return addressOf(::getsockname, sock_).sin_addr.s_addr == peer_.s_addr;
+    // No address at all stands for this machine, too.
+    return peer_.s_addr == htonl(INADDR_ANY) ||
+           addressOf(::getsockname, sock_).sin_addr.s_addr == peer_.s_addr;
 }
 
 void Connection::restartTime() { deadline_ = deadlineAfter(timeout_); }
